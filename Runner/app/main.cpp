@@ -1,0 +1,10 @@
+#include "app/main_interface.h"
+#include "platform/headless/headless_main.h"
+#include "platform/linux/command_line.h"
+
+/// Chooses the platform; nothing else in the program knows which it is.
+int main(int argc, char** argv) {
+  const norvane::CommandLine commandLine = norvane::parseCommandLine(argc, argv);
+  if (commandLine.exitStatus) return *commandLine.exitStatus;
+  return norvane::runHeadless(commandLine, norvane::mainInterface());
+}

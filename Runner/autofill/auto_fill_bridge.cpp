@@ -1,0 +1,28 @@
+#include "autofill/auto_fill_bridge.h"
+
+#include <utility>
+
+namespace norvane {
+
+AutoFillBridge::AutoFillBridge(std::shared_ptr<FlutterBinaryMessenger> messenger)
+    : channel("cn.kestrio.norvane.autofill", std::move(messenger)) {}
+
+std::shared_ptr<AutoFillBridge> AutoFillBridge::make(
+    std::shared_ptr<FlutterBinaryMessenger> messenger) {
+  const std::shared_ptr<AutoFillBridge> bridge(new AutoFillBridge(std::move(messenger)));
+  bridge->channel.setMethodCallHandler(
+      [weakBridge = std::weak_ptr(bridge)](const FlutterMethodCall& call, FlutterResult result) {
+        if (const auto alive = weakBridge.lock()) {
+          alive->handle(call, std::move(result));
+        } else {
+          result.drop();
+        }
+      });
+  return bridge;
+}
+
+void AutoFillBridge::handle(const FlutterMethodCall& /*call*/, FlutterResult result) {
+  result(FlutterMethodNotImplemented);
+}
+
+}  // namespace norvane

@@ -1,0 +1,64 @@
+#include "platform/flutter/flutter_binary_messenger.h"
+
+#include <utility>
+
+#include "platform/dispatch.h"
+#include "platform/log.h"
+#include "platform/platform.h"
+
+namespace norvane {
+
+FlutterBinaryReply::FlutterBinaryReply(std::string channel, std::weak_ptr<const void> engine,
+                                       Sink sink)
+    : channel_(std::move(channel)), engine_(std::move(engine)), sink_(std::move(sink)) {}
+
+FlutterBinaryReply::~FlutterBinaryReply() {
+  if (!sink_ || engine_.expired()) return;
+  reportFault("a message on " + channel_ + " was not answered");
+  Dispatch& dispatch = platform().dispatch;
+  if (dispatch.isMainThread()) {
+    sink_({});
+    return;
+  }
+  dispatch.mainAsync([engine = std::move(engine_), sink = std::move(sink_)]() mutable {
+    if (!engine.expired()) sink({});
+  });
+}
+
+void FlutterBinaryReply::send(Bytes reply) {
+  requireMainThread("a reply");
+  if (!sink_) {
+    reportFault("a message on " + channel_ + " was answered twice");
+    return;
+  }
+  auto sink = std::exchange(sink_, {});
+  if (!engine_.expired()) sink(std::move(reply));
+}
+
+void FlutterBinaryReply::drop() { sink_ = {}; }
+
+void FlutterBinaryMessenger::setMessageHandler(const std::string& channel, Handler handler) {
+  handlers_[channel] = std::make_shared<Handler>(std::move(handler));
+}
+
+void FlutterBinaryMessenger::send(std::string_view channel, Bytes message) {
+  requireMainThread("a call to the UI");
+  if (engine_) outgoing_(channel, std::move(message));
+}
+
+void FlutterBinaryMessenger::engineEnded() { engine_.reset(); }
+
+void FlutterBinaryMessenger::deliver(const std::string& channel, Bytes message,
+                                     FlutterBinaryReply::Sink sink) {
+  requireMainThread("a message of the UI");
+  const auto found = handlers_.find(channel);
+  if (found == handlers_.end()) {
+    sink({});
+    return;
+  }
+  // Kept for the call: the handler may replace itself or end the engine.
+  const auto handler = found->second;
+  (*handler)(std::move(message), FlutterBinaryReply(channel, engine_, std::move(sink)));
+}
+
+}  // namespace norvane

@@ -1,0 +1,72 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "platform/secure_memory.h"
+#include "platform/unique_function.h"
+
+namespace norvane {
+
+/// The one answer to one message. Used once, on the main thread: sent, or dropped on purpose. One
+/// that is destroyed unused is a fault, reported and answered with "not implemented" (on the main
+/// thread, wherever it was lost); a second answer is a fault, reported and not sent. Where the
+/// engine is gone there is nobody to answer, and all of this does nothing.
+class FlutterBinaryReply {
+ public:
+  /// Takes the answer to the UI; main thread.
+  using Sink = UniqueFunction<void(Bytes)>;
+
+  FlutterBinaryReply(std::string channel, std::weak_ptr<const void> engine, Sink sink);
+  FlutterBinaryReply(FlutterBinaryReply&&) = default;
+  FlutterBinaryReply& operator=(FlutterBinaryReply&&) = delete;
+  ~FlutterBinaryReply();
+
+  /// Empty bytes mean "not implemented".
+  void send(Bytes reply);
+  /// Leaves the message without an answer.
+  void drop();
+
+ private:
+  std::string channel_;
+  std::weak_ptr<const void> engine_;
+  Sink sink_;
+};
+
+/// Carries messages on named channels between the host and the UI program of one engine. Main
+/// thread only.
+class FlutterBinaryMessenger {
+ public:
+  using Handler = std::function<void(Bytes message, FlutterBinaryReply reply)>;
+  /// Takes a message of the host to the UI program.
+  using Outgoing = std::function<void(std::string_view channel, Bytes message)>;
+
+  explicit FlutterBinaryMessenger(Outgoing outgoing)
+      : outgoing_(std::move(outgoing)), engine_(std::make_shared<char>()) {}
+
+  // The host's side
+
+  /// Binds `channel`, in place of an earlier handler. A handler that is replaced, or whose engine
+  /// ends, while it runs, runs to its end.
+  void setMessageHandler(const std::string& channel, Handler handler);
+  /// Sends without waiting for an answer.
+  void send(std::string_view channel, Bytes message);
+  /// The engine's last call: from now on nothing is sent, and open replies go nowhere.
+  void engineEnded();
+
+  // The UI's side
+
+  /// Gives a message of the UI program to the channel's handler; without one the answer is "not
+  /// implemented".
+  void deliver(const std::string& channel, Bytes message, FlutterBinaryReply::Sink reply);
+
+ private:
+  Outgoing outgoing_;
+  std::shared_ptr<const void> engine_;  // what open replies watch
+  std::map<std::string, std::shared_ptr<Handler>> handlers_;
+};
+
+}  // namespace norvane

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "platform/flutter/flutter_engine.h"
+
+namespace norvane {
+
+/// Lets one plugin attach itself to an engine.
+struct FlutterPluginRegistrar {
+  std::string name;
+  FlutterEngine& engine;
+};
+
+class FlutterPluginRegistry {
+ public:
+  virtual ~FlutterPluginRegistry() = default;
+  virtual FlutterPluginRegistrar registrarForPlugin(const std::string& name) = 0;
+};
+
+/// Shows the UI of one engine in a window. Main thread.
+class FlutterViewController : public FlutterPluginRegistry {
+ public:
+  /// With an engine of its own, the application's main one, named "main".
+  FlutterViewController();
+
+  FlutterEngine& engine() { return *engine_; }
+  FlutterPluginRegistrar registrarForPlugin(const std::string& name) override;
+
+  /// The window's side: the view is about to show. Runs the engine at "main" unless it runs
+  /// already.
+  void loadView();
+
+ private:
+  std::unique_ptr<FlutterEngine> engine_;
+};
+
+}  // namespace norvane

@@ -1,0 +1,367 @@
+#include "platform/flutter/standard_message.h"
+
+#include <array>
+#include <cstring>
+#include <limits>
+#include <stdexcept>
+#include <variant>
+
+#include "platform/utf8.h"
+
+namespace norvane {
+namespace {
+
+// Sizes: one byte below 254, else a marker and the size in 2 or 4 bytes.
+constexpr std::uint8_t kSize16 = 254;
+constexpr std::uint8_t kSize32 = 255;
+
+template <class T>
+T load(const std::uint8_t* at) {
+  T value;
+  std::memcpy(&value, at, sizeof value);
+  return value;
+}
+
+/// Moves over the values of a message. `Checked` decides whether the message is trusted: the check
+/// of a received message and the steps of a view are the same walk.
+template <bool Checked>
+class Walker {
+ public:
+  Walker(const std::uint8_t* message, const std::uint8_t* at, const std::uint8_t* end)
+      : message_(message), at_(at), end_(end) {}
+
+  /// The end of the value at the current position, null when it is ill-formed.
+  const std::uint8_t* valueEnd() {
+    // Values still to come of each open list or map; a map counts its keys and values.
+    std::array<std::uint64_t, kMaxNesting> open;
+    int depth = 0;
+    for (;;) {
+      std::uint64_t children = kNoContainer;
+      if (!head(children)) return nullptr;
+      if (children != kNoContainer) {
+        if (depth == kMaxNesting) return nullptr;
+        if (children > 0) {
+          open[depth++] = children;
+          continue;
+        }
+      }
+      while (depth > 0 && --open[depth - 1] == 0) --depth;
+      if (depth == 0) return at_;
+    }
+  }
+
+  /// The position behind the size at the current one.
+  bool size(std::size_t& value) {
+    if (!has(1)) return false;
+    value = *at_++;
+    if (value < kSize16) return true;
+    const std::size_t width = value == kSize16 ? 2 : 4;
+    if (!has(width)) return false;
+    value = width == 2 ? load<std::uint16_t>(at_) : load<std::uint32_t>(at_);
+    at_ += width;
+    return true;
+  }
+
+  void align(std::size_t alignment) { at_ += padding(alignment); }
+  const std::uint8_t* position() const { return at_; }
+
+ private:
+  bool has(std::uint64_t bytes) const {
+    return !Checked || bytes <= static_cast<std::uint64_t>(end_ - at_);
+  }
+  std::size_t padding(std::size_t alignment) const {
+    return -static_cast<std::size_t>(at_ - message_) & (alignment - 1);
+  }
+  bool skip(std::uint64_t bytes) {
+    if (!has(bytes)) return false;
+    at_ += bytes;
+    return true;
+  }
+  bool aligned(std::size_t width, std::uint64_t count) {
+    return skip(padding(width)) && skip(width * count);
+  }
+
+  /// Moves over one value; of a list or map only over its head, saying how many values follow it.
+  bool head(std::uint64_t& children) {
+    if (!has(1)) return false;
+    std::size_t count = 0;
+    switch (static_cast<FlutterType>(*at_++)) {
+      case FlutterType::null:
+      case FlutterType::yes:
+      case FlutterType::no:
+        return true;
+      case FlutterType::int32:
+        return skip(4);
+      case FlutterType::int64:
+        return skip(8);
+      case FlutterType::float64:
+        return aligned(8, 1);
+      case FlutterType::text: {
+        if (!size(count) || !has(count)) return false;
+        const std::string_view text(reinterpret_cast<const char*>(at_), count);
+        at_ += count;
+        return !Checked || isWellFormedUtf8(text);
+      }
+      case FlutterType::bytes:
+        return size(count) && skip(count);
+      case FlutterType::int32List:
+      case FlutterType::float32List:
+        return size(count) && aligned(4, count);
+      case FlutterType::int64List:
+      case FlutterType::float64List:
+        return size(count) && aligned(8, count);
+      case FlutterType::list:
+        if (!size(count)) return false;
+        children = count;
+        return has(children);  // every value takes at least one byte
+      case FlutterType::map:
+        if (!size(count)) return false;
+        children = 2 * std::uint64_t{count};
+        return has(children);
+    }
+    return false;
+  }
+
+  static constexpr std::uint64_t kNoContainer = std::numeric_limits<std::uint64_t>::max();
+
+  const std::uint8_t* message_;
+  const std::uint8_t* at_;
+  const std::uint8_t* end_;
+};
+
+using TrustingWalker = Walker<false>;
+
+/// A walker behind the type byte and the size of the value at `at`.
+TrustingWalker behindSize(const std::uint8_t* message, const std::uint8_t* at, std::size_t& count) {
+  TrustingWalker walker(message, at + 1, nullptr);
+  walker.size(count);
+  return walker;
+}
+
+}  // namespace
+
+const std::uint8_t* checkedValueEnd(std::span<const std::uint8_t> message, const std::uint8_t* at) {
+  return Walker<true>(message.data(), at, message.data() + message.size()).valueEnd();
+}
+
+// Writing
+
+void StandardMessageWriter::raw(const void* data, std::size_t size) {
+  const auto* bytes = static_cast<const std::uint8_t*>(data);
+  message_.insert(message_.end(), bytes, bytes + size);
+}
+
+void StandardMessageWriter::size(std::size_t count) {
+  if (count < kSize16) {
+    message_.push_back(static_cast<std::uint8_t>(count));
+  } else if (count <= std::numeric_limits<std::uint16_t>::max()) {
+    const auto narrow = static_cast<std::uint16_t>(count);
+    message_.push_back(kSize16);
+    raw(&narrow, sizeof narrow);
+  } else if (count <= std::numeric_limits<std::uint32_t>::max()) {
+    const auto wide = static_cast<std::uint32_t>(count);
+    message_.push_back(kSize32);
+    raw(&wide, sizeof wide);
+  } else {
+    throw std::length_error("a message holds at most 2^32 - 1 elements at one place");
+  }
+}
+
+void StandardMessageWriter::align(std::size_t alignment) {
+  message_.resize((message_.size() + alignment - 1) & ~(alignment - 1));
+}
+
+void StandardMessageWriter::int32(std::int32_t value) {
+  type(FlutterType::int32);
+  raw(&value, sizeof value);
+}
+
+void StandardMessageWriter::int64(std::int64_t value) {
+  type(FlutterType::int64);
+  raw(&value, sizeof value);
+}
+
+void StandardMessageWriter::float64(double value) {
+  type(FlutterType::float64);
+  align(sizeof value);
+  raw(&value, sizeof value);
+}
+
+void StandardMessageWriter::text(std::string_view value) {
+  type(FlutterType::text);
+  size(value.size());
+  raw(value.data(), value.size());
+}
+
+void StandardMessageWriter::bytes(std::span<const std::uint8_t> value) {
+  type(FlutterType::bytes);
+  size(value.size());
+  raw(value.data(), value.size());
+}
+
+void StandardMessageWriter::list(std::size_t count) {
+  type(FlutterType::list);
+  size(count);
+}
+
+void StandardMessageWriter::map(std::size_t count) {
+  type(FlutterType::map);
+  size(count);
+}
+
+// Empty lists are padded too: the UI's reader expects it, whatever follows.
+template <class Element>
+void StandardMessageWriter::elements(FlutterType listType, std::span<const Element> values) {
+  type(listType);
+  size(values.size());
+  align(sizeof(Element));
+  raw(values.data(), values.size_bytes());
+}
+
+void StandardMessageWriter::value(const FlutterValue& value) {
+  struct Visitor {
+    StandardMessageWriter& out;
+    void operator()(std::monostate) { out.null(); }
+    void operator()(bool v) { out.boolean(v); }
+    void operator()(std::int32_t v) { out.int32(v); }
+    void operator()(std::int64_t v) { out.int64(v); }
+    void operator()(double v) { out.float64(v); }
+    void operator()(const std::string& v) { out.text(v); }
+    void operator()(const std::vector<std::uint8_t>& v) { out.bytes(v); }
+    void operator()(const std::vector<std::int32_t>& v) {
+      out.elements<std::int32_t>(FlutterType::int32List, v);
+    }
+    void operator()(const std::vector<std::int64_t>& v) {
+      out.elements<std::int64_t>(FlutterType::int64List, v);
+    }
+    void operator()(const std::vector<float>& v) {
+      out.elements<float>(FlutterType::float32List, v);
+    }
+    void operator()(const std::vector<double>& v) {
+      out.elements<double>(FlutterType::float64List, v);
+    }
+    void operator()(const FlutterList& v) {
+      out.list(v.size());
+      for (const FlutterValue& element : v) out.value(element);
+    }
+    void operator()(const FlutterMap& v) {
+      out.map(v.size());
+      for (const auto& [key, mapped] : v) {
+        out.value(key);
+        out.value(mapped);
+      }
+    }
+  };
+  std::visit(Visitor{*this}, value.alternatives());
+}
+
+// Reading in place
+
+std::optional<bool> FlutterValueView::boolean() const {
+  if (type() == FlutterType::yes) return true;
+  if (type() == FlutterType::no) return false;
+  return std::nullopt;
+}
+
+std::optional<std::int64_t> FlutterValueView::integer() const {
+  if (type() == FlutterType::int32) return load<std::int32_t>(at_ + 1);
+  if (type() == FlutterType::int64) return load<std::int64_t>(at_ + 1);
+  return std::nullopt;
+}
+
+std::optional<double> FlutterValueView::float64() const {
+  if (type() != FlutterType::float64) return std::nullopt;
+  TrustingWalker walker(message_, at_ + 1, nullptr);
+  walker.align(sizeof(double));
+  return load<double>(walker.position());
+}
+
+std::optional<std::string_view> FlutterValueView::text() const {
+  if (type() != FlutterType::text) return std::nullopt;
+  std::size_t count = 0;
+  const auto* data = behindSize(message_, at_, count).position();
+  return std::string_view(reinterpret_cast<const char*>(data), count);
+}
+
+template <class Element>
+std::optional<std::span<const Element>> FlutterValueView::elements(FlutterType listType) const {
+  if (type() != listType) return std::nullopt;
+  std::size_t count = 0;
+  auto walker = behindSize(message_, at_, count);
+  walker.align(sizeof(Element));
+  return std::span(reinterpret_cast<const Element*>(walker.position()), count);
+}
+
+std::optional<std::span<const std::uint8_t>> FlutterValueView::bytes() const {
+  return elements<std::uint8_t>(FlutterType::bytes);
+}
+
+std::optional<std::span<const std::int32_t>> FlutterValueView::int32List() const {
+  return elements<std::int32_t>(FlutterType::int32List);
+}
+
+std::optional<std::span<const std::int64_t>> FlutterValueView::int64List() const {
+  return elements<std::int64_t>(FlutterType::int64List);
+}
+
+std::optional<std::span<const float>> FlutterValueView::float32List() const {
+  return elements<float>(FlutterType::float32List);
+}
+
+std::optional<std::span<const double>> FlutterValueView::float64List() const {
+  return elements<double>(FlutterType::float64List);
+}
+
+std::optional<FlutterListView> FlutterValueView::list() const {
+  if (type() != FlutterType::list) return std::nullopt;
+  std::size_t count = 0;
+  const auto* first = behindSize(message_, at_, count).position();
+  return FlutterListView({message_, first}, count);
+}
+
+std::optional<FlutterMapView> FlutterValueView::map() const {
+  if (type() != FlutterType::map) return std::nullopt;
+  std::size_t count = 0;
+  const auto* first = behindSize(message_, at_, count).position();
+  return FlutterMapView({message_, first}, count);
+}
+
+std::optional<FlutterMapView> FlutterValueView::textKeyedMap() const {
+  auto entries = map();
+  if (!entries) return std::nullopt;
+  for (const auto& entry : *entries) {
+    if (entry.key.type() != FlutterType::text) return std::nullopt;
+  }
+  return entries;
+}
+
+FlutterValueView FlutterValueView::next() const {
+  return {message_, TrustingWalker(message_, at_, nullptr).valueEnd()};
+}
+
+FlutterListView::Iterator& FlutterListView::Iterator::operator++() {
+  // Behind the last element there may be nothing of the message left to look at.
+  if (--left_ > 0) at_ = at_.next();
+  return *this;
+}
+
+FlutterMapView::Iterator::Iterator(FlutterValueView key, std::size_t left) : left_(left) {
+  if (left_ > 0) entry_ = {key, key.next()};
+}
+
+FlutterMapView::Iterator& FlutterMapView::Iterator::operator++() {
+  if (--left_ > 0) {
+    const FlutterValueView key = entry_.value.next();
+    entry_ = {key, key.next()};
+  }
+  return *this;
+}
+
+FlutterValueView FlutterMapView::operator[](std::string_view key) const {
+  for (const Entry& entry : *this) {
+    if (entry.key.text() == key) return entry.value;
+  }
+  return {};
+}
+
+}  // namespace norvane

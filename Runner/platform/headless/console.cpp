@@ -1,0 +1,348 @@
+#include "platform/headless/console.h"
+
+#include <algorithm>
+#include <initializer_list>
+#include <optional>
+#include <utility>
+#include <variant>
+
+#include <glib.h>
+#include <unistd.h>
+
+#include "platform/flutter/standard_method_codec.h"
+#include "platform/headless/console_values.h"
+#include "platform/headless/headless_desktop.h"
+#include "platform/linux/atomic_file.h"
+#include "platform/linux/glib_dispatch.h"
+#include "platform/linux/json_user_defaults.h"
+#include "platform/ns_application.h"
+#include "platform/platform.h"
+
+namespace norvane {
+namespace {
+
+const JsonValue* find(const JsonValue& object, const char* key) {
+  const auto member = object.FindMember(key);
+  return member == object.MemberEnd() ? nullptr : &member->value;
+}
+
+const JsonValue& require(const JsonValue& object, const char* key) {
+  if (const JsonValue* value = find(object, key)) return *value;
+  throw JsonError("\"" + std::string(key) + "\" is missing");
+}
+
+void expectOnly(const JsonValue& object, std::initializer_list<std::string_view> keys) {
+  for (const auto& [name, value] : object.GetObject()) {
+    if (std::ranges::find(keys, textOf(name)) == keys.end()) {
+      throw JsonError("unknown key \"" + std::string(textOf(name)) + "\"");
+    }
+  }
+}
+
+std::string jsonOf(const JsonValue& value) {
+  JsonBuffer buffer;
+  JsonWriter writer(buffer);
+  value.Accept(writer);
+  return buffer.GetString();
+}
+
+void member(JsonWriter& writer, const char* key, std::string_view text) {
+  writer.Key(key);
+  writeText(writer, text);
+}
+
+void member(JsonWriter& writer, const char* key, std::initializer_list<double> numbers) {
+  writer.Key(key);
+  writer.StartArray();
+  for (const double number : numbers) {
+    writer.Double(number);
+  }
+  writer.EndArray();
+}
+
+void memberOrNull(JsonWriter& writer, const char* key, std::optional<std::string_view> text) {
+  writer.Key(key);
+  if (text) {
+    writeText(writer, *text);
+  } else {
+    writer.Null();
+  }
+}
+
+void beginAnswer(JsonWriter& writer, const std::string& idJson) {
+  writer.StartObject();
+  if (idJson.empty()) return;
+  writer.Key("id");
+  writer.RawValue(idJson.data(), idJson.size(), rapidjson::kObjectType);
+}
+
+}  // namespace
+
+struct Console::Source {
+  GSource base;
+  Console* console;
+};
+
+Console::Console(HeadlessDesktop& desktop, HeadlessUi& ui, GlibDispatch& dispatch,
+                 const JsonUserDefaults& userDefaults)
+    : desktop_(desktop),
+      ui_(ui),
+      dispatch_(dispatch),
+      userDefaults_(userDefaults),
+      input_(STDIN_FILENO),
+      openCalls_(std::make_shared<char>()) {
+  ui_.setObserver(this);
+}
+
+Console::~Console() {
+  ui_.setObserver(nullptr);
+  if (!source_) return;
+  g_source_destroy(source_);
+  g_source_unref(source_);
+}
+
+void Console::start() {
+  static GSourceFuncs functions{
+      .prepare = [](GSource* source, gint* timeout) -> gboolean {
+        *timeout = -1;
+        return reinterpret_cast<Source*>(source)->console->ready();
+      },
+      .check = [](GSource* source) -> gboolean {
+        return reinterpret_cast<Source*>(source)->console->ready();
+      },
+      .dispatch = [](GSource* source, GSourceFunc, gpointer) -> gboolean {
+        reinterpret_cast<Source*>(source)->console->turn();
+        return G_SOURCE_CONTINUE;
+      },
+      .finalize = nullptr,
+      .closure_callback = nullptr,
+      .closure_marshal = nullptr,
+  };
+  source_ = g_source_new(&functions, sizeof(Source));
+  reinterpret_cast<Source*>(source_)->console = this;
+  g_source_set_priority(source_, G_PRIORITY_LOW);  // below the main queue
+  g_source_attach(source_, nullptr);
+}
+
+bool Console::isQuiet() const { return dispatch_.isQuiet() && openCalls_.use_count() == 1; }
+
+// The descriptor is polled only while a line is wanted: one that has been hung up is always ready.
+bool Console::ready() {
+  if (quitting_) return false;
+  const bool wantsInput = !settling_ && !input_.hasLine() && !input_.ended();
+  if (wantsInput && !pollTag_) {
+    pollTag_ = g_source_add_unix_fd(source_, input_.fd(),
+                                    static_cast<GIOCondition>(G_IO_IN | G_IO_HUP | G_IO_ERR));
+  } else if (!wantsInput && pollTag_) {
+    g_source_remove_unix_fd(source_, std::exchange(pollTag_, nullptr));
+  }
+  if (wantsInput) return g_source_query_unix_fd(source_, pollTag_) != 0;
+  return (!settling_ && input_.hasLine()) || isQuiet();
+}
+
+void Console::turn() {
+  if (settling_) {
+    settling_ = false;
+    JsonBuffer line;
+    JsonWriter writer(line);
+    writer.StartObject();
+    member(writer, "desktop", "settled");
+    writer.EndObject();
+    print(line);
+  } else if (input_.hasLine()) {
+    takeLine(input_.take());
+  } else if (!input_.ended()) {
+    input_.read();
+  } else {
+    quitting_ = true;
+    dispatch_.quit();
+  }
+}
+
+void Console::takeLine(const std::string& line) {
+  std::string idJson;
+  try {
+    JsonDocument document = parseJson(line);
+    expectObject(document, "a line");
+    if (const JsonValue* id = find(document, "id")) idJson = jsonOf(*id);
+    if (find(document, "desktop")) {
+      carryOutEvent(document);
+    } else {
+      sendCall(document, idJson);
+    }
+  } catch (const JsonError& error) {
+    JsonBuffer answer;
+    JsonWriter writer(answer);
+    beginAnswer(writer, idJson);
+    member(writer, "error", error.what());
+    writer.EndObject();
+    print(answer);
+  }
+}
+
+void Console::sendCall(const JsonValue& line, const std::string& idJson) {
+  expectOnly(line, {"id", "engine", "channel", "method", "arguments"});
+  const JsonValue* engineName = find(line, "engine");
+  const std::string engine = engineName ? expectText(*engineName, "\"engine\"") : "main";
+  const std::string channel = expectText(require(line, "channel"), "\"channel\"");
+  const std::string method = expectText(require(line, "method"), "\"method\"");
+  Bytes message = encodeConsoleCall(method, find(line, "arguments"));
+  const bool sent = ui_.send(
+      engine, channel, std::move(message),
+      [this, idJson, open = openCalls_](Bytes reply) { printReply(idJson, std::move(reply)); });
+  if (!sent) throw JsonError("no engine \"" + engine + "\" is running");
+}
+
+void Console::carryOutEvent(JsonDocument& line) {
+  const std::string event = expectText(line["desktop"], "\"desktop\"");
+  line.RemoveMember("id");
+  if (event == "set") {
+    line.RemoveMember("desktop");
+    Profile profile = desktop_.profile();
+    applyToProfile(line, profile);
+    desktop_.setProfile(std::move(profile));
+    return;
+  }
+  if (event == "openURL") {
+    expectOnly(line, {"desktop", "url"});
+    const JsonValue& url = require(line, "url");
+    desktop_.openURL(url.IsNull() ? std::nullopt : std::optional(expectText(url, "\"url\"")));
+    return;
+  }
+  expectOnly(line, {"desktop"});
+  if (event == "closeWindow") {
+    if (!desktop_.closeMainWindow()) throw JsonError("the main window is not on screen");
+  } else if (event == "reopen") {
+    desktop_.reopen();
+  } else if (event == "state") {
+    printState();
+  } else if (event == "settle") {
+    settling_ = true;
+  } else if (event == "quit") {
+    quitting_ = true;
+    dispatch_.quit();
+  } else {
+    throw JsonError("unknown desktop event \"" + event + "\"");
+  }
+}
+
+void Console::started(std::string_view engine, std::string_view entrypoint) {
+  JsonBuffer line;
+  JsonWriter writer(line);
+  writer.StartObject();
+  member(writer, "engine", engine);
+  member(writer, "started", entrypoint);
+  writer.EndObject();
+  print(line);
+}
+
+void Console::pluginRegistered(std::string_view engine, std::string_view name) {
+  JsonBuffer line;
+  JsonWriter writer(line);
+  writer.StartObject();
+  member(writer, "engine", engine);
+  member(writer, "plugin", name);
+  writer.EndObject();
+  print(line);
+}
+
+void Console::called(std::string_view engine, std::string_view channel, Bytes message) {
+  const auto call = decodeMethodCall(std::move(message));
+  JsonBuffer line;
+  JsonWriter writer(line);
+  writer.StartObject();
+  member(writer, "engine", engine);
+  member(writer, "channel", channel);
+  if (call) {
+    member(writer, "call", call->method());
+    writer.Key("arguments");
+    writeConsoleValue(writer, call->arguments());
+  } else {
+    member(writer, "error", "the host sent an undecodable call");
+  }
+  writer.EndObject();
+  print(line);
+}
+
+void Console::printReply(const std::string& idJson, Bytes message) {
+  const auto reply = decodeEnvelope(std::move(message));
+  JsonBuffer line;
+  JsonWriter writer(line);
+  beginAnswer(writer, idJson);
+  if (!reply) {
+    member(writer, "error", "the host sent an undecodable reply");
+  } else if (reply->kind == FlutterReply::Kind::success) {
+    member(writer, "reply", "success");
+    writer.Key("value");
+    writeConsoleValue(writer, reply->value);
+  } else if (reply->kind == FlutterReply::Kind::error) {
+    member(writer, "reply", "error");
+    member(writer, "code", reply->errorCode);
+    memberOrNull(writer, "message", reply->errorMessage);
+    writer.Key("details");
+    writeConsoleValue(writer, reply->errorDetails);
+  } else {
+    member(writer, "reply", "notImplemented");
+  }
+  writer.EndObject();
+  print(line);
+}
+
+void Console::writeWindows(JsonWriter& writer) const {
+  writer.StartArray();
+  for (const auto& window : platform().application.windows()) {
+    const HeadlessWindow& native = desktop_.nativeWindow(*window);
+    const NSRect frame = native.frame();
+    writer.StartObject();
+    member(writer, "class", window->className());
+    writer.Key("visible");
+    writer.Bool(native.isVisible());
+    writer.Key("key");
+    writer.Bool(desktop_.isKey(*window));
+    member(writer, "frame", {frame.origin.x, frame.origin.y, frame.size.width, frame.size.height});
+    member(writer, "minSize", {native.minSize().width, native.minSize().height});
+    writer.Key("styleMask");
+    writer.Uint(native.styleMask());
+    writer.Key("level");
+    writer.Int(native.level());
+    member(writer, "autosaveName", window->frameAutosaveName());
+    writer.EndObject();
+  }
+  writer.EndArray();
+}
+
+void Console::printState() {
+  JsonBuffer line;
+  JsonWriter writer(line);
+  writer.StartObject();
+  member(writer, "desktop", "state");
+  writer.Key("windows");
+  writeWindows(writer);
+  writer.Key("active");
+  writer.Bool(desktop_.isActive());
+  memberOrNull(writer, "frontApplication", desktop_.frontApplication());
+  writer.Key("userDefaults");
+  writer.StartObject();
+  for (const auto& [key, value] : userDefaults_.values()) {
+    writeText(writer, key);
+    if (const auto* text = std::get_if<std::string>(&value)) {
+      writeText(writer, *text);
+    } else {
+      writer.Bool(std::get<bool>(value));
+    }
+  }
+  writer.EndObject();
+  writer.EndObject();
+  print(line);
+}
+
+void Console::print(const JsonBuffer& line) {
+  std::string text(line.GetString(), line.GetSize());
+  text += '\n';
+  if (!writeAll(STDOUT_FILENO, text)) return;
+  // Nobody listens any more.
+  quitting_ = true;
+  dispatch_.quit();
+}
+
+}  // namespace norvane

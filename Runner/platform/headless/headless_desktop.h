@@ -1,0 +1,106 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/dispatch.h"
+#include "platform/headless/profile.h"
+#include "platform/ns_application.h"
+#include "platform/ns_process_info.h"
+#include "platform/window_server.h"
+
+namespace norvane {
+
+class HeadlessWindow;
+
+/// A desktop without a display. The host sees the interfaces; the control side stands for the
+/// person and the other applications. As on a real desktop, what happens to a window is told to the
+/// host in a later turn. Main thread.
+class HeadlessDesktop : public WindowServer, public NSScreens, public NSProcessInfo {
+ public:
+  /// `quit` ends the main loop.
+  HeadlessDesktop(Profile profile, Dispatch& dispatch, std::function<void()> quit);
+  ~HeadlessDesktop() override;
+
+  // The control side
+
+  /// Loads the application's main interface and tells its delegate that launch has finished.
+  void launch(MainInterface mainInterface);
+
+  const Profile& profile() const { return profile_; }
+  void setProfile(Profile profile);
+
+  /// The system delivers a URL event; without a text when there is none.
+  void openURL(const std::optional<std::string>& url);
+  /// The person closes the main window. False when it is not on screen.
+  bool closeMainWindow();
+  /// The person reopens the running application.
+  void reopen();
+
+  bool isActive() const { return active_; }
+  /// The bundle identifier of the application in front, where there is one that has one.
+  std::optional<std::string> frontApplication() const;
+  bool isKey(const NSWindow& window) const;
+  const HeadlessWindow& nativeWindow(const NSWindow& window) const;
+
+  // The host's side
+
+  std::unique_ptr<NativeWindow> makeWindow(NSWindow& window, const NSRect& contentRect,
+                                           NSWindowStyleMask styleMask) override;
+  void activateIgnoringOtherApps() override;
+  std::optional<NSRect> mainScreenVisibleFrame() const override;
+  std::optional<std::string> environment(const std::string& name) const override;
+  NSOperatingSystemVersion operatingSystemVersion() const override;
+
+ private:
+  friend class HeadlessWindow;
+
+  void makeMainWindowIfAsked();
+  void quitIfLastWindowClosed();
+  bool hasVisibleWindows() const;
+
+  Profile profile_;
+  Dispatch& dispatch_;
+  std::function<void()> quit_;
+  MainInterface mainInterface_;
+  std::weak_ptr<NSWindow> mainWindow_;
+  bool mainWindowMade_ = false;
+  bool active_ = false;
+  std::vector<HeadlessWindow*> windows_;
+  const HeadlessWindow* keyWindow_ = nullptr;
+};
+
+/// A window of the headless desktop. It has no decoration: its frame is its content rectangle.
+class HeadlessWindow : public NativeWindow {
+ public:
+  HeadlessWindow(HeadlessDesktop& desktop, NSWindow& owner, const NSRect& frame,
+                 NSWindowStyleMask styleMask);
+  ~HeadlessWindow() override;
+
+  void orderFront() override { visible_ = true; }
+  void makeKeyAndOrderFront() override;
+  void orderOut() override;
+  bool isVisible() const override { return visible_; }
+  NSRect frame() const override { return frame_; }
+  void setFrame(const NSRect& frame, bool animate) override;
+  void setMinSize(const NSSize& size) override { minSize_ = size; }
+
+  const NSWindow& owner() const { return owner_; }
+  NSSize minSize() const { return minSize_; }
+  NSWindowStyleMask styleMask() const { return styleMask_; }
+  int level() const { return level_; }
+
+ private:
+  HeadlessDesktop& desktop_;
+  NSWindow& owner_;
+  NSRect frame_;
+  NSSize minSize_;
+  NSWindowStyleMask styleMask_;
+  int level_ = 0;  // the level of normal windows
+  bool visible_ = false;
+};
+
+}  // namespace norvane

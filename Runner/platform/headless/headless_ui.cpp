@@ -1,0 +1,36 @@
+#include "platform/headless/headless_ui.h"
+
+#include <utility>
+
+#include "platform/flutter/flutter_engine.h"
+#include "platform/flutter/flutter_view_controller.h"
+
+namespace norvane {
+
+bool HeadlessUi::send(const std::string& engine, const std::string& channel, Bytes message,
+                      FlutterBinaryReply::Sink reply) {
+  const auto found = engines_.find(engine);
+  if (found == engines_.end()) return false;
+  // Kept for the call: a handler may end its own engine.
+  const auto messenger = found->second->binaryMessenger();
+  messenger->deliver(channel, std::move(message), std::move(reply));
+  return true;
+}
+
+void HeadlessUi::run(FlutterEngine& engine, std::string_view entrypoint) {
+  engines_[engine.name()] = &engine;
+  if (observer_) observer_->started(engine.name(), entrypoint);
+}
+
+void HeadlessUi::shutDown(FlutterEngine& engine) { engines_.erase(engine.name()); }
+
+void HeadlessUi::send(FlutterEngine& engine, std::string_view channel, Bytes message) {
+  if (observer_) observer_->called(engine.name(), channel, std::move(message));
+}
+
+void HeadlessUi::registerPlugin(std::string_view /*plugin*/,
+                                const FlutterPluginRegistrar& registrar) {
+  if (observer_) observer_->pluginRegistered(registrar.engine.name(), registrar.name);
+}
+
+}  // namespace norvane

@@ -1,0 +1,118 @@
+#include "platform/headless/profile.h"
+
+#include <algorithm>
+#include <charconv>
+#include <functional>
+#include <map>
+#include <utility>
+
+namespace norvane {
+namespace {
+
+using Member = std::function<void(const JsonValue& value, const std::string& what)>;
+
+/// Hands each member of an object to what reads it.
+void readMembers(const JsonValue& object, const std::string& what,
+                 const std::map<std::string, Member, std::less<>>& members) {
+  for (const auto& [name, value] : expectObject(object, what).GetObject()) {
+    const auto found = members.find(textOf(name));
+    if (found == members.end()) {
+      throw JsonError(what + " has no key \"" + std::string(textOf(name)) + "\"");
+    }
+    found->second(value, "\"" + found->first + "\"");
+  }
+}
+
+Member booleanInto(bool& target) {
+  return [&target](const JsonValue& value, const std::string& what) {
+    target = expectBoolean(value, what);
+  };
+}
+
+Member optionalTextInto(std::optional<std::string>& target) {
+  return [&target](const JsonValue& value, const std::string& what) {
+    target = value.IsNull() ? std::nullopt : std::optional(expectText(value, what));
+  };
+}
+
+Member rectInto(NSRect& target) {
+  return [&target](const JsonValue& value, const std::string& what) {
+    target = parseRect(value, what);
+  };
+}
+
+/// A list whose elements `parse` reads.
+template <class Element>
+Member listInto(std::vector<Element>& target, Element (*parse)(const JsonValue&)) {
+  return [&target, parse](const JsonValue& value, const std::string& what) {
+    std::vector<Element> elements;
+    for (const JsonValue& element : expectArray(value, what).GetArray()) {
+      elements.push_back(parse(element));
+    }
+    target = std::move(elements);
+  };
+}
+
+NSOperatingSystemVersion parseVersion(const JsonValue& value, const std::string& what) {
+  const std::string text = expectText(value, what);
+  NSOperatingSystemVersion version;
+  const char* at = text.data();
+  const char* const end = at + text.size();
+  for (int* number : {&version.majorVersion, &version.minorVersion, &version.patchVersion}) {
+    const auto [next, error] = std::from_chars(at, end, *number);
+    if (error != std::errc() || *number < 0) break;
+    if (next == end) return version;
+    if (*next != '.') break;
+    at = next + 1;
+  }
+  throw JsonError(what + " must be a version such as \"14.0.0\"");
+}
+
+Profile::Screen parseScreen(const JsonValue& value) {
+  Profile::Screen screen;
+  readMembers(value, "a screen",
+              {{"frame", rectInto(screen.frame)}, {"visibleFrame", rectInto(screen.visibleFrame)}});
+  return screen;
+}
+
+Profile::Application parseApplication(const JsonValue& value) {
+  Profile::Application application;
+  readMembers(value, "an application",
+              {{"bundleIdentifier", optionalTextInto(application.bundleIdentifier)},
+               {"name", optionalTextInto(application.name)},
+               {"icon", booleanInto(application.icon)},
+               {"active", booleanInto(application.active)}});
+  return application;
+}
+
+}  // namespace
+
+NSRect parseRect(const JsonValue& value, const std::string& what) {
+  if (expectArray(value, what).Size() != 4)
+    throw JsonError(what + " must be [x, y, width, height]");
+  const auto number = [&](rapidjson::SizeType i) { return expectNumber(value[i], what); };
+  const NSRect rect{{number(0), number(1)}, {number(2), number(3)}};
+  if (rect.size.width < 0 || rect.size.height < 0) throw JsonError(what + " has a negative size");
+  return rect;
+}
+
+void applyToProfile(const JsonValue& changes, Profile& profile) {
+  Profile changed = profile;
+  readMembers(
+      changes, "the profile",
+      {
+          {"osVersion", [&](const auto& value,
+                            const auto& what) { changed.osVersion = parseVersion(value, what); }},
+          {"screens", listInto(changed.screens, parseScreen)},
+          {"applications", listInto(changed.applications, parseApplication)},
+          {"mainWindow", booleanInto(changed.mainWindow)},
+          {"mainWindowVisible", booleanInto(changed.mainWindowVisible)},
+      });
+  const auto isActive = [](const Profile::Application& application) { return application.active; };
+  if (std::ranges::count_if(changed.applications, isActive) > 1) {
+    throw JsonError("\"applications\" has more than one that is active");
+  }
+  profile = std::move(changed);
+}
+
+}  // namespace norvane

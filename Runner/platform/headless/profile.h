@@ -1,0 +1,41 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/geometry.h"
+#include "platform/linux/json.h"
+#include "platform/ns_process_info.h"
+
+namespace norvane {
+
+/// What the simulated desktop is like; docs/console.md describes the keys.
+struct Profile {
+  struct Screen {
+    NSRect frame;
+    NSRect visibleFrame;
+  };
+  /// Another running application.
+  struct Application {
+    std::optional<std::string> bundleIdentifier;
+    std::optional<std::string> name;
+    bool icon = false;
+    bool active = false;  ///< in front; at most one is
+  };
+
+  NSOperatingSystemVersion osVersion{14, 0, 0};
+  std::vector<Screen> screens{{{{0, 0}, {1440, 900}}, {{0, 0}, {1440, 875}}}};
+  std::vector<Application> applications{{"org.example.editor", "Editor", true, true}};
+  bool mainWindow = true;         ///< the main interface file makes the main window
+  bool mainWindowVisible = true;  ///< and puts it on screen
+};
+
+/// Replaces the members of `profile` that `changes` names; `changes` must be an object. Throws
+/// JsonError, with nothing replaced, for a key or a value that a profile cannot have.
+void applyToProfile(const JsonValue& changes, Profile& profile);
+
+/// The four numbers of [x, y, width, height].
+NSRect parseRect(const JsonValue& value, const std::string& what);
+
+}  // namespace norvane

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstddef>
+#include <span>
+#include <string>
+#include <string_view>
+#include <system_error>
+
+namespace norvane {
+
+/// Replaces the file at `path` whole: a reader, or a machine that loses power, finds the old
+/// content or the new, never a mixture. Mode 0600 whatever the umask; a symbolic link at `path` is
+/// replaced, not followed. Any thread. Throws std::system_error, having removed what it had begun.
+void writeFileAtomically(const std::string& path, std::span<const std::byte> content);
+
+/// Writes all of `content`, through interruptions and short writes.
+std::error_code writeAll(int fd, std::string_view content);
+
+/// The whole file; throws std::system_error.
+std::string readFile(const std::string& path);
+
+}  // namespace norvane

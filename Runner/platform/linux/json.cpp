@@ -1,0 +1,78 @@
+#include "platform/linux/json.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+#include <malloc.h>
+#include <rapidjson/error/en.h>
+
+#include "platform/secure_memory.h"
+
+namespace norvane {
+namespace {
+
+void expect(bool fits, const std::string& what, const char* type) {
+  if (!fits) throw JsonError(what + " must be " + type);
+}
+
+}  // namespace
+
+void* JsonAllocator::Malloc(std::size_t size) {
+  if (size == 0) return nullptr;
+  if (void* memory = std::malloc(size)) return memory;
+  throw std::bad_alloc();
+}
+
+// Never in place: realloc would leave an unwiped copy behind.
+void* JsonAllocator::Realloc(void* memory, std::size_t oldSize, std::size_t newSize) {
+  void* grown = Malloc(newSize);
+  if (memory && grown) std::memcpy(grown, memory, std::min(oldSize, newSize));
+  Free(memory);
+  return grown;
+}
+
+void JsonAllocator::Free(void* memory) {
+  if (memory) secureWipe(memory, malloc_usable_size(memory));
+  std::free(memory);
+}
+
+JsonDocument parseJson(std::string_view text) {
+  JsonDocument document;
+  // Iterative: depth must not cost stack. A NUL would end the text for the parser's own stream.
+  document.Parse<rapidjson::kParseValidateEncodingFlag | rapidjson::kParseIterativeFlag>(
+      text.data(), text.size());
+  if (document.HasParseError()) {
+    throw JsonError(std::string("not JSON: ") +
+                    rapidjson::GetParseError_En(document.GetParseError()) + " (at byte " +
+                    std::to_string(document.GetErrorOffset()) + ")");
+  }
+  return document;
+}
+
+const JsonValue& expectObject(const JsonValue& value, const std::string& what) {
+  expect(value.IsObject(), what, "an object");
+  return value;
+}
+
+const JsonValue& expectArray(const JsonValue& value, const std::string& what) {
+  expect(value.IsArray(), what, "a list");
+  return value;
+}
+
+std::string expectText(const JsonValue& value, const std::string& what) {
+  expect(value.IsString(), what, "a text");
+  return std::string(textOf(value));
+}
+
+bool expectBoolean(const JsonValue& value, const std::string& what) {
+  expect(value.IsBool(), what, "true or false");
+  return value.GetBool();
+}
+
+double expectNumber(const JsonValue& value, const std::string& what) {
+  expect(value.IsNumber(), what, "a number");
+  return value.GetDouble();
+}
+
+}  // namespace norvane

@@ -1,0 +1,40 @@
+#include "platform/linux/process.h"
+
+#include <cstdlib>
+#include <filesystem>
+
+#include <dlfcn.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+namespace norvane {
+
+std::string LinuxBundle::bundlePath() const {
+  const auto executable = std::filesystem::read_symlink("/proc/self/exe");
+  return executable.parent_path().parent_path().parent_path().string();
+}
+
+bool LinuxFileManager::fileExistsAtPath(const std::string& path) const {
+  return ::access(path.c_str(), F_OK) == 0;
+}
+
+bool LinuxDynamicLoader::dlopen(const std::string& path) {
+  return ::dlopen(path.c_str(), RTLD_NOW | RTLD_GLOBAL) != nullptr;
+}
+
+std::optional<std::string> LinuxDynamicLoader::dlerror() {
+  const char* text = ::dlerror();
+  return text ? std::optional<std::string>(text) : std::nullopt;
+}
+
+std::optional<std::string> environmentVariable(const std::string& name) {
+  const char* value = std::getenv(name.c_str());
+  return value ? std::optional<std::string>(value) : std::nullopt;
+}
+
+void disableCoreDumps() {
+  constexpr rlimit kNone{0, 0};
+  ::setrlimit(RLIMIT_CORE, &kNone);
+}
+
+}  // namespace norvane

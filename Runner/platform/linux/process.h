@@ -1,0 +1,35 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "platform/dynamic_loader.h"
+#include "platform/ns_bundle.h"
+#include "platform/ns_file_manager.h"
+
+namespace norvane {
+
+/// The bundle that the running executable lies in: BUNDLE/Contents/MacOS/EXECUTABLE.
+class LinuxBundle : public NSBundle {
+ public:
+  std::string bundlePath() const override;
+};
+
+class LinuxFileManager : public NSFileManager {
+ public:
+  bool fileExistsAtPath(const std::string& path) const override;
+};
+
+class LinuxDynamicLoader : public DynamicLoader {
+ public:
+  bool dlopen(const std::string& path) override;
+  std::optional<std::string> dlerror() override;
+};
+
+/// The value of an environment variable.
+std::optional<std::string> environmentVariable(const std::string& name);
+
+/// Leaves no core file behind: it would hold the vault's secrets.
+void disableCoreDumps();
+
+}  // namespace norvane

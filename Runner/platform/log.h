@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string_view>
+
+namespace norvane {
+
+/// Where log records go. Any thread.
+class Log {
+ public:
+  virtual ~Log() = default;
+
+  /// Writes one record. `text` may hold anything, line breaks included: the sink escapes control
+  /// characters, so that a record stays one line.
+  virtual void write(std::string_view text) = 0;
+};
+
+/// Logs one record; by convention it begins "[Norvane] ". Never pass it anything of a vault's item.
+void NSLog(std::string_view text);
+
+/// Reports a fault of the program itself that its user should not feel (a reply given twice, a
+/// handler that threw): one log record. Tests fail on any that they did not provoke.
+void reportFault(std::string_view text);
+
+/// Reports `message` with the part of the program that it comes from, and ends the process at once.
+[[noreturn]] void fatalError(std::string_view message, std::string_view source);
+
+}  // namespace norvane

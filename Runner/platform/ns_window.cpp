@@ -1,0 +1,51 @@
+#include "platform/ns_window.h"
+
+#include <utility>
+
+#include "platform/flutter/flutter_view_controller.h"
+#include "platform/frame_record.h"
+#include "platform/ns_application.h"
+#include "platform/ns_user_defaults.h"
+#include "platform/platform.h"
+
+namespace norvane {
+namespace {
+
+std::string frameKey(const std::string& autosaveName) { return "NSWindow Frame " + autosaveName; }
+
+}  // namespace
+
+NSWindow::NSWindow(const NSRect& contentRect, NSWindowStyleMask styleMask)
+    : native_(platform().windowServer.makeWindow(*this, contentRect, styleMask)) {}
+
+NSWindow::~NSWindow() = default;
+
+void NSWindow::setContentViewController(std::shared_ptr<FlutterViewController> controller) {
+  contentViewController_ = std::move(controller);
+  contentViewController_->loadView();
+}
+
+void NSWindow::close() {
+  native_->orderOut();
+  if (releasedWhenClosed_) platform().application.removeWindow(*this);
+}
+
+void NSWindow::setFrame(const NSRect& frame, bool /*display*/, bool animate) {
+  native_->setFrame(frame, animate);
+  frameDidChange();
+}
+
+void NSWindow::setFrameAutosaveName(const std::string& name) {
+  frameAutosaveName_ = name;
+  if (name.empty()) return;
+  const auto record = platform().userDefaults.stringForKey(frameKey(name));
+  if (!record) return;
+  if (const auto frame = parseFrameRecord(*record)) native_->setFrame(*frame, false);
+}
+
+void NSWindow::frameDidChange() {
+  if (frameAutosaveName_.empty()) return;
+  platform().userDefaults.setString(frameRecord(frame()), frameKey(frameAutosaveName_));
+}
+
+}  // namespace norvane

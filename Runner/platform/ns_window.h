@@ -1,0 +1,57 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "platform/geometry.h"
+#include "platform/window_server.h"
+
+namespace norvane {
+
+class FlutterViewController;
+
+/// A window of the application. Made with `NSApplication::makeWindow`, which owns it. Main thread.
+class NSWindow : public std::enable_shared_from_this<NSWindow> {
+ public:
+  /// Not on screen; `contentRect` in screen coordinates.
+  NSWindow(const NSRect& contentRect, NSWindowStyleMask styleMask);
+  virtual ~NSWindow();
+  NSWindow(const NSWindow&) = delete;
+  NSWindow& operator=(const NSWindow&) = delete;
+
+  virtual std::string className() const { return "NSWindow"; }
+
+  /// Called once, when the main interface file that made the window is loaded.
+  virtual void awakeFromNib() {}
+
+  /// Shows the window's UI; its engine starts to run, unless it does already.
+  void setContentViewController(std::shared_ptr<FlutterViewController> controller);
+
+  void orderFront() { native_->orderFront(); }
+  void makeKeyAndOrderFront() { native_->makeKeyAndOrderFront(); }
+  bool isVisible() const { return native_->isVisible(); }
+
+  /// Takes the window off screen; the application lets it go, unless that was turned off.
+  void close();
+  void setReleasedWhenClosed(bool released) { releasedWhenClosed_ = released; }
+
+  NSRect frame() const { return native_->frame(); }
+  void setFrame(const NSRect& frame, bool display, bool animate);
+  void setMinSize(const NSSize& size) { native_->setMinSize(size); }
+
+  /// While the name is not empty, every change of the frame is kept in the user defaults under
+  /// "NSWindow Frame " and the name. Setting it applies the frame that is kept there.
+  void setFrameAutosaveName(const std::string& name);
+  const std::string& frameAutosaveName() const { return frameAutosaveName_; }
+
+  /// The desktop's side: the person or the desktop has moved or resized the window.
+  void frameDidChange();
+
+ private:
+  std::unique_ptr<NativeWindow> native_;
+  std::shared_ptr<FlutterViewController> contentViewController_;
+  std::string frameAutosaveName_;
+  bool releasedWhenClosed_ = true;
+};
+
+}  // namespace norvane

@@ -1,0 +1,48 @@
+#pragma once
+
+namespace norvane {
+
+class Dispatch;
+class DynamicLoader;
+class FlutterEmbedder;
+class Log;
+class NSApplication;
+class NSBundle;
+class NSFileManager;
+class NSProcessInfo;
+class NSScreens;
+class NSUserDefaults;
+class WindowServer;
+
+/// Everything that the host reaches of the operating system and the UI engine.
+struct Platform {
+  NSApplication& application;
+  Dispatch& dispatch;
+  DynamicLoader& dynamicLoader;
+  NSFileManager& fileManager;
+  FlutterEmbedder& flutter;
+  Log& log;
+  NSBundle& mainBundle;
+  NSProcessInfo& processInfo;
+  NSScreens& screens;
+  NSUserDefaults& userDefaults;
+  WindowServer& windowServer;
+};
+
+/// The platform of this process. Ends the process when none is installed.
+const Platform& platform();
+
+/// Installs a platform for the life of this object, then the one before it again. `main` makes one
+/// before anything else; a test makes its own.
+class ScopedPlatform {
+ public:
+  explicit ScopedPlatform(const Platform& platform);
+  ~ScopedPlatform();
+  ScopedPlatform(const ScopedPlatform&) = delete;
+  ScopedPlatform& operator=(const ScopedPlatform&) = delete;
+
+ private:
+  const Platform* previous_;
+};
+
+}  // namespace norvane

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <limits>
+#include <memory>
+#include <optional>
+
+#include "platform/geometry.h"
+
+namespace norvane {
+
+class NSWindow;
+
+/// What a window is made with and of; the values are the home system's.
+using NSWindowStyleMask = unsigned;
+inline constexpr NSWindowStyleMask NSWindowStyleMaskTitled = 1;
+inline constexpr NSWindowStyleMask NSWindowStyleMaskClosable = 2;
+inline constexpr NSWindowStyleMask NSWindowStyleMaskMiniaturizable = 4;
+inline constexpr NSWindowStyleMask NSWindowStyleMaskResizable = 8;
+
+/// One window as the desktop has it; owned by its `NSWindow`. Main thread. What the desktop does to
+/// it (focus, frame, a person's close) it tells the `NSWindow` in a later turn.
+class NativeWindow {
+ public:
+  virtual ~NativeWindow() = default;
+
+  virtual void orderFront() = 0;
+  virtual void makeKeyAndOrderFront() = 0;
+  virtual void orderOut() = 0;
+  virtual bool isVisible() const = 0;
+
+  virtual NSRect frame() const = 0;
+  virtual void setFrame(const NSRect& frame, bool animate) = 0;
+  virtual void setMinSize(const NSSize& size) = 0;
+};
+
+/// The desktop that windows live on. Main thread.
+class WindowServer {
+ public:
+  virtual ~WindowServer() = default;
+
+  /// A window that is not on screen yet.
+  virtual std::unique_ptr<NativeWindow> makeWindow(NSWindow& window, const NSRect& contentRect,
+                                                   NSWindowStyleMask styleMask) = 0;
+
+  /// Brings the application to the front and makes it the active one.
+  virtual void activateIgnoringOtherApps() = 0;
+};
+
+/// The screens of the desktop. Main thread.
+class NSScreens {
+ public:
+  virtual ~NSScreens() = default;
+
+  /// The main screen without menu bar and dock; nothing when no screen is attached.
+  virtual std::optional<NSRect> mainScreenVisibleFrame() const = 0;
+};
+
+}  // namespace norvane
