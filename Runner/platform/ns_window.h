@@ -26,6 +26,9 @@ class NSWindow : public std::enable_shared_from_this<NSWindow> {
 
   /// Shows the window's UI; its engine starts to run, unless it does already.
   void setContentViewController(std::shared_ptr<FlutterViewController> controller);
+  const std::shared_ptr<FlutterViewController>& contentViewController() const {
+    return contentViewController_;
+  }
 
   void orderFront() { native_->orderFront(); }
   void makeKeyAndOrderFront() { native_->makeKeyAndOrderFront(); }

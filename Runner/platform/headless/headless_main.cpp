@@ -33,12 +33,11 @@ Profile readProfile(const std::string& path) {
   return profile;
 }
 
-int run(const MainInterface& mainInterface, Profile profile, const DataDirectory& directory) {
-  StderrLog log;
+int run(const MainInterface& mainInterface, Profile profile, StderrLog& log,
+        JsonUserDefaults& userDefaults) {
   LinuxBundle bundle;
   LinuxFileManager fileManager;
   LinuxDynamicLoader loader;
-  JsonUserDefaults userDefaults(directory.path() + "/user-defaults.json", log);
   GlibDispatch dispatch;
   HeadlessDesktop desktop(std::move(profile), dispatch, [&] { dispatch.quit(); });
   HeadlessUi ui;
@@ -77,16 +76,19 @@ int runHeadless(const CommandLine& commandLine, const MainInterface& mainInterfa
   } catch (const std::exception& error) {
     return refuse(kExitBadProfile, std::string("the profile is not valid: ") + error.what());
   }
+  StderrLog log;
   std::optional<DataDirectory> directory;
+  std::optional<JsonUserDefaults> userDefaults;
   try {
     directory.emplace(commandLine.dataDirectory);
+    userDefaults.emplace(directory->path() + "/user-defaults.json", log);
   } catch (const DataDirectoryInUse& inUse) {
     return refuse(kExitInUse, std::string("another host uses the data directory ") + inUse.what());
   } catch (const std::exception& error) {
     return refuse(kExitNoDataDirectory,
                   std::string("the data directory cannot be used: ") + error.what());
   }
-  return run(mainInterface, std::move(profile), *directory);
+  return run(mainInterface, std::move(profile), log, *userDefaults);
 }
 
 }  // namespace norvane

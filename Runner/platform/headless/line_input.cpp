@@ -1,6 +1,7 @@
 #include "platform/headless/line_input.h"
 
 #include <cerrno>
+#include <utility>
 
 #include <unistd.h>
 
@@ -10,6 +11,7 @@ namespace norvane {
 
 void LineInput::read() {
   constexpr std::size_t kStep = 64 * 1024;
+  buffer_.erase(0, std::exchange(start_, 0));
   const std::size_t size = buffer_.size();
   buffer_.resize(size + kStep);
   ssize_t got = 0;

@@ -16,6 +16,7 @@ namespace norvane {
 
 DataDirectory::DataDirectory(const std::string& path)
     : path_(std::filesystem::absolute(path).lexically_normal().string()) {
+  if (path_.size() > 1 && path_.ends_with('/')) path_.pop_back();
   const auto parent = std::filesystem::path(path_).parent_path();
   std::filesystem::create_directories(parent);
   if (::mkdir(path_.c_str(), 0700) != 0 && errno != EEXIST) {

@@ -1,0 +1,130 @@
+#include "support/host_test.h"
+
+#include <utility>
+
+#include <stdlib.h>
+
+#include "app/main_interface.h"
+#include "platform/flutter/standard_method_codec.h"
+#include "platform/headless/console_values.h"
+#include "platform/linux/json.h"
+
+namespace norvane {
+namespace {
+
+std::string jsonOf(FlutterValueView value) {
+  JsonBuffer buffer;
+  JsonWriter writer(buffer);
+  writeConsoleValue(writer, value);
+  return buffer.GetString();
+}
+
+std::string describe(Bytes message) {
+  const auto reply = decodeEnvelope(std::move(message));
+  if (!reply) return "undecodable";
+  if (reply->kind == FlutterReply::Kind::notImplemented) return "notImplemented";
+  if (reply->kind == FlutterReply::Kind::success) return "success " + jsonOf(reply->value);
+  return "error " + std::string(reply->errorCode) + ": " +
+         std::string(reply->errorMessage.value_or("(none)")) + ", " + jsonOf(reply->errorDetails);
+}
+
+}  // namespace
+
+RecordingLog::~RecordingLog() {
+  for (const std::string& line : lines_) {
+    EXPECT_FALSE(line.starts_with("[Norvane] fault: ")) << line;
+  }
+}
+
+TemporaryDirectory::TemporaryDirectory() {
+  std::string name = (std::filesystem::temp_directory_path() / "norvane-test-XXXXXX").string();
+  path = ::mkdtemp(name.data());
+}
+
+struct HostTest::Process {
+  Process(HostTest& test, const Profile& profile)
+      : desktop(profile, test.dispatch, [&test] { test.quitAsked = true; }),
+        userDefaults(test.directory.path / "user-defaults.json", test.log),
+        platform{
+            .application = application,
+            .dispatch = test.dispatch,
+            .dynamicLoader = test.loader,
+            .fileManager = test.fileManager,
+            .flutter = test.ui,
+            .log = test.log,
+            .mainBundle = test.bundle,
+            .processInfo = desktop,
+            .screens = desktop,
+            .userDefaults = userDefaults,
+            .windowServer = desktop,
+        },
+        installed(platform) {}
+  ~Process() { application.releaseAll(); }
+
+  HeadlessDesktop desktop;
+  JsonUserDefaults userDefaults;
+  NSApplication application;
+  Platform platform;
+  ScopedPlatform installed;
+};
+
+HostTest::HostTest() {
+  bundle.path = NORVANE_TEST_BUNDLE;
+  ui.setObserver(this);
+  process_ = std::make_unique<Process>(*this, Profile{});
+}
+
+HostTest::~HostTest() = default;
+
+void HostTest::launch() {
+  desktop().launch(mainInterface());
+  dispatch.runMain();
+}
+
+void HostTest::relaunch(const Profile& profile) {
+  process_.reset();
+  process_ = std::make_unique<Process>(*this, profile);
+  launch();
+}
+
+void HostTest::send(const std::string& channel, const std::string& method,
+                    const std::string& arguments, const std::string& engine) {
+  const JsonDocument json = parseJson(arguments);
+  const bool sent = ui.send(engine, channel, encodeConsoleCall(method, &json), [this](Bytes reply) {
+    transcript_.push_back("reply " + describe(std::move(reply)));
+  });
+  EXPECT_TRUE(sent) << "no engine " << engine;
+}
+
+std::string HostTest::call(const std::string& channel, const std::string& method,
+                           const std::string& arguments) {
+  std::string answer = "(none)";
+  const JsonDocument json = parseJson(arguments);
+  ui.send("main", channel, encodeConsoleCall(method, &json), [&answer](Bytes reply) {
+    EXPECT_EQ(answer, "(none)") << "a second reply";
+    answer = describe(std::move(reply));
+  });
+  dispatch.settle();
+  return answer;
+}
+
+void HostTest::started(std::string_view engine, std::string_view entrypoint) {
+  transcript_.push_back(std::string(engine) + " started " + std::string(entrypoint));
+}
+
+void HostTest::pluginRegistered(std::string_view engine, std::string_view name) {
+  transcript_.push_back(std::string(engine) + " plugin " + std::string(name));
+}
+
+void HostTest::called(std::string_view /*engine*/, std::string_view channel, Bytes message) {
+  const auto call = decodeMethodCall(std::move(message));
+  ASSERT_TRUE(call) << "the host sent an undecodable call on " << channel;
+  transcript_.push_back(std::string(channel) + ' ' + std::string(call->method()) + ' ' +
+                        jsonOf(call->arguments()));
+}
+
+HeadlessDesktop& HostTest::desktop() { return process_->desktop; }
+NSApplication& HostTest::application() { return process_->application; }
+const JsonUserDefaults& HostTest::userDefaults() { return process_->userDefaults; }
+
+}  // namespace norvane
