@@ -16,23 +16,22 @@ Word load(const unsigned char* at) {
   return word;
 }
 
-// Most texts of a call are short and ASCII: two overlapping words settle up to 16 bytes.
+// Most texts of a call are short and ASCII: steps of two words, the last ones overlapping.
 bool isAscii(const unsigned char* at, std::size_t size) {
-  if (size >= 8) {
-    std::uint64_t seen = load<std::uint64_t>(at + size - 8);
-    for (; size > 8; at += 8, size -= 8) {
-      seen |= load<std::uint64_t>(at);
-      if (size < 16) break;
+  std::uint64_t seen = 0;
+  if (size >= 16) {
+    seen = load<std::uint64_t>(at + size - 16) | load<std::uint64_t>(at + size - 8);
+    for (; size > 16; at += 16, size -= 16) {
+      seen |= load<std::uint64_t>(at) | load<std::uint64_t>(at + 8);
     }
-    return (seen & kHighBits) == 0;
+  } else if (size >= 8) {
+    seen = load<std::uint64_t>(at) | load<std::uint64_t>(at + size - 8);
+  } else if (size >= 4) {
+    seen = load<std::uint32_t>(at) | load<std::uint32_t>(at + size - 4);
+  } else {
+    for (std::size_t i = 0; i < size; ++i) seen |= at[i];
   }
-  if (size >= 4) {
-    return ((load<std::uint32_t>(at) | load<std::uint32_t>(at + size - 4)) &
-            static_cast<std::uint32_t>(kHighBits)) == 0;
-  }
-  unsigned seen = 0;
-  for (std::size_t i = 0; i < size; ++i) seen |= at[i];
-  return seen < 0x80;
+  return (seen & kHighBits) == 0;
 }
 
 bool isContinuation(unsigned char byte) { return (byte & 0xC0) == 0x80; }

@@ -27,12 +27,12 @@ FlutterBinaryReply::~FlutterBinaryReply() {
 
 void FlutterBinaryReply::send(Bytes reply) {
   requireMainThread("a reply");
+  if (engine_.expired()) return;
   if (!sink_) {
     reportFault("a message on " + channel_ + " was answered twice");
     return;
   }
-  auto sink = std::exchange(sink_, {});
-  if (!engine_.expired()) sink(std::move(reply));
+  std::exchange(sink_, {})(std::move(reply));
 }
 
 void FlutterBinaryReply::drop() { sink_ = {}; }

@@ -61,7 +61,7 @@ class FlutterBinaryMessenger {
 
   /// Gives a message of the UI program to the channel's handler; without one the answer is "not
   /// implemented".
-  void deliver(const std::string& channel, Bytes message, FlutterBinaryReply::Sink reply);
+  void deliver(const std::string& channel, Bytes message, FlutterBinaryReply::Sink sink);
 
  private:
   Outgoing outgoing_;

@@ -33,7 +33,7 @@ class FlutterMethodChannel {
  public:
   using Handler = std::function<void(FlutterMethodCall call, FlutterResult result)>;
 
-  FlutterMethodChannel(std::string name, std::shared_ptr<FlutterBinaryMessenger> messenger)
+  FlutterMethodChannel(std::string name, const std::shared_ptr<FlutterBinaryMessenger>& messenger)
       : name_(std::move(name)), messenger_(messenger) {}
 
   /// A call that cannot be decoded never reaches `handler`: it is logged and answered with "not

@@ -36,7 +36,8 @@ class FlutterValue {
   FlutterValue(std::string_view text) : value_(std::string(text)) {}  // NOLINT
 
   template <class T>
-  requires(!std::same_as<std::remove_cvref_t<T>, bool> && !std::is_pointer_v<std::decay_t<T>> &&
+  requires(!std::same_as<std::remove_cvref_t<T>, FlutterValue> &&
+           !std::same_as<std::remove_cvref_t<T>, bool> && !std::is_pointer_v<std::decay_t<T>> &&
            std::constructible_from<Alternatives, std::in_place_type_t<std::remove_cvref_t<T>>, T>)
       FlutterValue(T&& value)  // NOLINT(google-explicit-constructor)
       : value_(std::in_place_type<std::remove_cvref_t<T>>, std::forward<T>(value)) {}

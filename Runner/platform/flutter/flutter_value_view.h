@@ -37,10 +37,9 @@ enum class FlutterType : std::uint8_t {
 class FlutterValueView {
  public:
   FlutterValueView() = default;
-  /// `at` is the value's type byte inside the checked message that starts at `message`, in memory
-  /// aligned to 8 bytes.
-  FlutterValueView(const std::uint8_t* message, const std::uint8_t* at)
-      : message_(message), at_(at) {}
+  /// `at` is the value's type byte inside a checked message, whose first byte is aligned to 8
+  /// bytes.
+  explicit FlutterValueView(const std::uint8_t* at) : at_(at) {}
 
   FlutterType type() const { return at_ ? static_cast<FlutterType>(*at_) : FlutterType::null; }
   std::optional<bool> boolean() const;
@@ -67,7 +66,6 @@ class FlutterValueView {
   template <class Element>
   std::optional<std::span<const Element>> elements(FlutterType type) const;
 
-  const std::uint8_t* message_ = nullptr;
   const std::uint8_t* at_ = nullptr;
 };
 

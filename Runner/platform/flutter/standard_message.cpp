@@ -4,6 +4,7 @@
 #include <cstring>
 #include <limits>
 #include <stdexcept>
+#include <utility>
 #include <variant>
 
 #include "platform/utf8.h"
@@ -15,6 +16,8 @@ namespace {
 constexpr std::uint8_t kSize16 = 254;
 constexpr std::uint8_t kSize32 = 255;
 
+constexpr std::uint64_t kNoContainer = std::numeric_limits<std::uint64_t>::max();
+
 template <class T>
 T load(const std::uint8_t* at) {
   T value;
@@ -22,66 +25,14 @@ T load(const std::uint8_t* at) {
   return value;
 }
 
-/// Moves over the values of a message. `Checked` decides whether the message is trusted: the check
-/// of a received message and the steps of a view are the same walk.
+/// Moves over the values of a message, which is `Checked` on the way or trusted.
 template <bool Checked>
 class Walker {
  public:
-  Walker(const std::uint8_t* message, const std::uint8_t* at, const std::uint8_t* end)
-      : message_(message), at_(at), end_(end) {}
+  explicit Walker(const std::uint8_t* at, const std::uint8_t* end = nullptr) : at_(at), end_(end) {}
 
-  /// The end of the value at the current position, null when it is ill-formed.
-  const std::uint8_t* valueEnd() {
-    // Values still to come of each open list or map; a map counts its keys and values.
-    std::array<std::uint64_t, kMaxNesting> open;
-    int depth = 0;
-    for (;;) {
-      std::uint64_t children = kNoContainer;
-      if (!head(children)) return nullptr;
-      if (children != kNoContainer) {
-        if (depth == kMaxNesting) return nullptr;
-        if (children > 0) {
-          open[depth++] = children;
-          continue;
-        }
-      }
-      while (depth > 0 && --open[depth - 1] == 0) --depth;
-      if (depth == 0) return at_;
-    }
-  }
-
-  /// The position behind the size at the current one.
-  bool size(std::size_t& value) {
-    if (!has(1)) return false;
-    value = *at_++;
-    if (value < kSize16) return true;
-    const std::size_t width = value == kSize16 ? 2 : 4;
-    if (!has(width)) return false;
-    value = width == 2 ? load<std::uint16_t>(at_) : load<std::uint32_t>(at_);
-    at_ += width;
-    return true;
-  }
-
-  void align(std::size_t alignment) { at_ += padding(alignment); }
-  const std::uint8_t* position() const { return at_; }
-
- private:
-  bool has(std::uint64_t bytes) const {
-    return !Checked || bytes <= static_cast<std::uint64_t>(end_ - at_);
-  }
-  std::size_t padding(std::size_t alignment) const {
-    return -static_cast<std::size_t>(at_ - message_) & (alignment - 1);
-  }
-  bool skip(std::uint64_t bytes) {
-    if (!has(bytes)) return false;
-    at_ += bytes;
-    return true;
-  }
-  bool aligned(std::size_t width, std::uint64_t count) {
-    return skip(padding(width)) && skip(width * count);
-  }
-
-  /// Moves over one value; of a list or map only over its head, saying how many values follow it.
+  /// Moves over one value; of a list or map only over its head, setting `children` to the number
+  /// of values that follow it. False when the value is ill-formed.
   bool head(std::uint64_t& children) {
     if (!has(1)) return false;
     std::size_t count = 0;
@@ -122,9 +73,38 @@ class Walker {
     return false;
   }
 
-  static constexpr std::uint64_t kNoContainer = std::numeric_limits<std::uint64_t>::max();
+  /// Moves over a size.
+  bool size(std::size_t& value) {
+    if (!has(1)) return false;
+    value = *at_++;
+    if (value < kSize16) return true;
+    const std::size_t width = value == kSize16 ? 2 : 4;
+    if (!has(width)) return false;
+    value = width == 2 ? load<std::uint16_t>(at_) : load<std::uint32_t>(at_);
+    at_ += width;
+    return true;
+  }
 
-  const std::uint8_t* message_;
+  void align(std::size_t alignment) { at_ += padding(alignment); }
+  const std::uint8_t* position() const { return at_; }
+
+ private:
+  bool has(std::uint64_t bytes) const {
+    return !Checked || bytes <= static_cast<std::uint64_t>(end_ - at_);
+  }
+  /// The message itself is aligned, so that an address says what is missing.
+  std::size_t padding(std::size_t alignment) const {
+    return -reinterpret_cast<std::uintptr_t>(at_) & (alignment - 1);
+  }
+  bool skip(std::uint64_t bytes) {
+    if (!has(bytes)) return false;
+    at_ += bytes;
+    return true;
+  }
+  bool aligned(std::size_t width, std::uint64_t count) {
+    return skip(padding(width)) && skip(width * count);
+  }
+
   const std::uint8_t* at_;
   const std::uint8_t* end_;
 };
@@ -132,16 +112,34 @@ class Walker {
 using TrustingWalker = Walker<false>;
 
 /// A walker behind the type byte and the size of the value at `at`.
-TrustingWalker behindSize(const std::uint8_t* message, const std::uint8_t* at, std::size_t& count) {
-  TrustingWalker walker(message, at + 1, nullptr);
+TrustingWalker behindSize(const std::uint8_t* at, std::size_t& count) {
+  TrustingWalker walker(at + 1);
   walker.size(count);
   return walker;
 }
 
 }  // namespace
 
-const std::uint8_t* checkedValueEnd(std::span<const std::uint8_t> message, const std::uint8_t* at) {
-  return Walker<true>(message.data(), at, message.data() + message.size()).valueEnd();
+const std::uint8_t* checkedValueEnd(const std::uint8_t* at, const std::uint8_t* end) {
+  Walker<true> walker(at, end);
+  // Values still to come of the innermost open list or map, and of those around it; a map counts
+  // its keys and values.
+  std::uint64_t left = 1;
+  std::array<std::uint64_t, kMaxNesting> around;
+  int depth = 0;
+  for (;;) {
+    std::uint64_t children = kNoContainer;
+    if (!walker.head(children)) return nullptr;
+    --left;
+    if (children != kNoContainer) {
+      if (depth == kMaxNesting) return nullptr;
+      around[depth++] = std::exchange(left, children);
+    }
+    while (left == 0) {
+      if (depth == 0) return walker.position();
+      left = around[--depth];
+    }
+  }
 }
 
 // Writing
@@ -271,7 +269,7 @@ std::optional<std::int64_t> FlutterValueView::integer() const {
 
 std::optional<double> FlutterValueView::float64() const {
   if (type() != FlutterType::float64) return std::nullopt;
-  TrustingWalker walker(message_, at_ + 1, nullptr);
+  TrustingWalker walker(at_ + 1);
   walker.align(sizeof(double));
   return load<double>(walker.position());
 }
@@ -279,7 +277,7 @@ std::optional<double> FlutterValueView::float64() const {
 std::optional<std::string_view> FlutterValueView::text() const {
   if (type() != FlutterType::text) return std::nullopt;
   std::size_t count = 0;
-  const auto* data = behindSize(message_, at_, count).position();
+  const auto* data = behindSize(at_, count).position();
   return std::string_view(reinterpret_cast<const char*>(data), count);
 }
 
@@ -287,7 +285,7 @@ template <class Element>
 std::optional<std::span<const Element>> FlutterValueView::elements(FlutterType listType) const {
   if (type() != listType) return std::nullopt;
   std::size_t count = 0;
-  auto walker = behindSize(message_, at_, count);
+  auto walker = behindSize(at_, count);
   walker.align(sizeof(Element));
   return std::span(reinterpret_cast<const Element*>(walker.position()), count);
 }
@@ -315,15 +313,15 @@ std::optional<std::span<const double>> FlutterValueView::float64List() const {
 std::optional<FlutterListView> FlutterValueView::list() const {
   if (type() != FlutterType::list) return std::nullopt;
   std::size_t count = 0;
-  const auto* first = behindSize(message_, at_, count).position();
-  return FlutterListView({message_, first}, count);
+  const auto* first = behindSize(at_, count).position();
+  return FlutterListView(FlutterValueView(first), count);
 }
 
 std::optional<FlutterMapView> FlutterValueView::map() const {
   if (type() != FlutterType::map) return std::nullopt;
   std::size_t count = 0;
-  const auto* first = behindSize(message_, at_, count).position();
-  return FlutterMapView({message_, first}, count);
+  const auto* first = behindSize(at_, count).position();
+  return FlutterMapView(FlutterValueView(first), count);
 }
 
 std::optional<FlutterMapView> FlutterValueView::textKeyedMap() const {
@@ -336,7 +334,13 @@ std::optional<FlutterMapView> FlutterValueView::textKeyedMap() const {
 }
 
 FlutterValueView FlutterValueView::next() const {
-  return {message_, TrustingWalker(message_, at_, nullptr).valueEnd()};
+  TrustingWalker walker(at_);
+  for (std::uint64_t left = 1; left > 0; --left) {
+    std::uint64_t children = 0;
+    walker.head(children);
+    left += children;
+  }
+  return FlutterValueView(walker.position());
 }
 
 FlutterListView::Iterator& FlutterListView::Iterator::operator++() {

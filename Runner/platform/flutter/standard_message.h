@@ -50,10 +50,10 @@ class StandardMessageWriter {
   Bytes& message_;
 };
 
-/// The end of the value whose type byte is at `at`, in the message `message`; null when it is
-/// ill-formed: a length beyond the message, nesting over `kMaxNesting`, an unknown type (the big
-/// integers that no UI writes any more among them), a text that is not UTF-8. One pass; allocates
-/// nothing.
-const std::uint8_t* checkedValueEnd(std::span<const std::uint8_t> message, const std::uint8_t* at);
+/// The end of the value whose type byte is at `at`, in a message that ends at `end` and whose first
+/// byte is aligned to 8 bytes; null when the value is ill-formed: a length beyond the message,
+/// nesting over `kMaxNesting`, an unknown type (the big integers that no UI writes any more among
+/// them), a text that is not UTF-8. One pass; allocates nothing.
+const std::uint8_t* checkedValueEnd(const std::uint8_t* at, const std::uint8_t* end);
 
 }  // namespace norvane

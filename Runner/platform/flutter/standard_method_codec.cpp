@@ -19,13 +19,13 @@ std::optional<std::array<FlutterValueView, N>> onlyValues(const Bytes& message,
                                                           std::size_t offset) {
   std::array<FlutterValueView, N> values;
   const std::uint8_t* at = message.data() + offset;
+  const std::uint8_t* const end = message.data() + message.size();
   for (FlutterValueView& value : values) {
-    const std::uint8_t* end = checkedValueEnd(message, at);
-    if (!end) return std::nullopt;
-    value = {message.data(), at};
-    at = end;
+    value = FlutterValueView(at);
+    at = checkedValueEnd(at, end);
+    if (!at) return std::nullopt;
   }
-  if (at != message.data() + message.size()) return std::nullopt;
+  if (at != end) return std::nullopt;
   return values;
 }
 
@@ -70,7 +70,8 @@ Bytes encodeErrorEnvelope(const FlutterError& error) {
 }
 
 std::optional<FlutterReply> decodeEnvelope(Bytes message) {
-  FlutterReply reply{.message = std::move(message)};
+  FlutterReply reply;
+  reply.message = std::move(message);
   if (reply.message.empty()) return reply;
   if (reply.message[0] == kSuccess) {
     const auto values = onlyValues<1>(reply.message, 1);

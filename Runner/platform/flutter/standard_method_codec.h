@@ -43,6 +43,10 @@ class FlutterMethodCall {
 
 /// A received reply; it owns the message that its views look into.
 struct FlutterReply {
+  FlutterReply() = default;
+  FlutterReply(FlutterReply&&) = default;  // a copy's views would look into the original
+  FlutterReply& operator=(FlutterReply&&) = default;
+
   enum class Kind { success, error, notImplemented };
 
   Bytes message;

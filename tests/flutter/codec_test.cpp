@@ -1,0 +1,327 @@
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "platform/flutter/standard_message.h"
+#include "platform/flutter/standard_method_codec.h"
+#include "platform/utf8.h"
+#include "support/value_copy.h"
+
+namespace norvane {
+namespace {
+
+using namespace std::string_literals;
+
+/// Pairs of hexadecimal digits, and texts in quotes, as bytes.
+Bytes wire(std::string_view notation) {
+  Bytes message;
+  while (!notation.empty()) {
+    if (notation.front() == '\'') {
+      const auto text = notation.substr(1, notation.find('\'', 1) - 1);
+      message.insert(message.end(), text.begin(), text.end());
+      notation.remove_prefix(text.size() + 2);
+    } else if (notation.front() == ' ') {
+      notation.remove_prefix(1);
+    } else {
+      message.push_back(std::stoi(std::string(notation.substr(0, 2)), nullptr, 16));
+      notation.remove_prefix(2);
+    }
+  }
+  message.shrink_to_fit();  // a read beyond the end then leaves the block
+  return message;
+}
+
+std::string repeated(std::string_view text, std::size_t times) {
+  std::string result;
+  while (times-- > 0) result += text;
+  return result;
+}
+
+std::optional<Bytes> encodedAgain(const Bytes& message, bool isCall) {
+  return isCall ? encodedAgainAsCall(message) : encodedAgainAsReply(message);
+}
+
+TEST(Codec, WritesAndReadsTheExactBytesOfTheFormat) {
+  struct Row {
+    Bytes encoded;
+    std::string bytes;
+    bool isCall = false;
+  };
+  const auto success = [](const FlutterValue& value, const std::string& bytes) {
+    return Row{encodeSuccessEnvelope(value), "00" + bytes};
+  };
+  const std::vector<std::uint8_t> noBytes;
+  const std::vector<double> noDoubles;
+  std::vector<Row> rows = {
+      success({}, "00"),
+      success(true, "01"),
+      success(false, "02"),
+      success(-2, "03 feffffff"),
+      success(std::numeric_limits<std::int32_t>::min(), "03 00000080"),
+      success(std::int64_t{2}, "04 0200000000000000"),
+      success(std::numeric_limits<std::int64_t>::max(), "04 ffffffffffffff7f"),
+      success(1.5, "06 000000000000 000000000000f83f"),
+      success("", "07 00"),
+      success("a\0\u00e9\U0001f511"s, "07 08 'a' 00 c3a9 f09f9491"),
+      success(std::vector<std::uint8_t>{0, 255}, "08 02 00ff"),
+      success(noBytes, "08 00"),
+      success(std::vector<std::int32_t>{1, -1}, "09 02 00 01000000 ffffffff"),
+      success(std::vector<std::int64_t>{-2}, "0a 01 0000000000 feffffffffffffff"),
+      success(noDoubles, "0b 00 0000000000"),
+      success(std::vector<double>{-0.0}, "0b 01 0000000000 0000000000000080"),
+      success(std::vector<float>{1.5f}, "0e 01 00 0000c03f"),
+      success(FlutterList{}, "0c 00"),
+      success(FlutterMap{}, "0d 00"),
+      // Padding counts from the message's first byte, follows an empty list too, and is left out
+      // where the position is a multiple already.
+      success(FlutterList{true, 1.5, "x", 2.5},
+              "0c 04 01 06 000000 000000000000f83f 07 01 'x' 06 "
+              "00000000 0000000000000440"),
+      success(FlutterList{noDoubles, std::vector<float>{}, std::vector<std::int32_t>{7}, false},
+              "0c 04 0b 00 000000 0e 00 0000 09 01 0000 07000000 02"),
+      success(FlutterList{1, 2.0}, "0c 02 03 01000000 06 00000000000000 0000000000000040"),
+      success(FlutterList{"", "", 1.0}, "0c 03 07 00 07 00 06 000000000000f03f"),
+      success(FlutterMap{{"b", 1}, {"a", {}}, {2, FlutterMap{{"b", true}}}, {"b", 3}},
+              "0d 04 07 01 'b' 03 01000000 07 01 'a' 00 03 02000000 0d 01 07 01 'b' 01 "
+              "07 01 'b' 03 03000000"),
+      {encodeMethodCall("setMode", FlutterMap{{"mode", "vault"}}),
+       "07 07 'setMode' 0d 01 07 04 'mode' 07 05 'vault'", true},
+      {encodeMethodCall("", {}), "07 00 00", true},
+      {encodeMethodCall("abc", 0.5), "07 03 'abc' 06 0000 000000000000e03f", true},
+      {encodeErrorEnvelope({.code = "failed"}), "01 07 06 'failed' 00 00"},
+      {encodeErrorEnvelope({.code = "", .message = ""}), "01 07 00 07 00 00"},
+      {encodeErrorEnvelope({.code = "c", .message = "m", .details = FlutterList{1.5}}),
+       "01 07 01 'c' 07 01 'm' 0c 01 06 000000000000 000000000000f83f"},
+      {{}, ""},
+  };
+  const std::vector<std::pair<std::size_t, std::string>> sizes = {
+      {253, "fd"}, {254, "fefe00"}, {65535, "feffff"}, {65536, "ff00000100"}};
+  for (const auto& [count, size] : sizes) {
+    rows.push_back(success(std::string(count, 'v'), "07" + size + repeated("'v'", count)));
+    rows.push_back(success(FlutterList(count), "0c" + size + repeated("00", count)));
+  }
+  for (const auto& [encoded, bytes, isCall] : rows) {
+    SCOPED_TRACE(bytes.substr(0, 80));
+    EXPECT_EQ(encoded, wire(bytes));
+    EXPECT_EQ(encodedAgain(wire(bytes), isCall), wire(bytes));
+  }
+}
+
+TEST(Codec, ReadsWhatOtherWritersOfTheFormatMaySend) {
+  const std::pair<const char*, const char*> rows[] = {
+      {"00 07 fe0300 'abc'", "00 07 03 'abc'"},
+      {"00 07 ff03000000 'abc'", "00 07 03 'abc'"},
+      {"00 0c fe0100 01", "00 0c 01 01"},
+      {"00 06 a5a5a5a5a5a5 000000000000f83f", "00 06 000000000000 000000000000f83f"},
+  };
+  for (const auto& [sent, canonical] : rows) {
+    EXPECT_EQ(encodedAgain(wire(sent), false), wire(canonical)) << sent;
+  }
+}
+
+/// A value of each type, null last.
+FlutterList everyType() {
+  return {true,
+          1,
+          1.0,
+          "text",
+          std::vector<std::uint8_t>{1, 2, 3},
+          std::vector<std::int32_t>{1},
+          std::vector<std::int64_t>{1},
+          std::vector<float>{1},
+          std::vector<double>{},
+          FlutterList{std::string(300, 'x'), std::int64_t{8}},
+          FlutterMap{{"items", FlutterList{FlutterMap{{"password", "secret"}, {"tags", {}}}}}},
+          {}};
+}
+
+TEST(HostileMessage, CutOffAnywhereIsRefused) {
+  const FlutterList everything = everyType();
+  const std::pair<Bytes, bool> messages[] = {
+      {encodeMethodCall("syncVaultSnapshot", everything), true},
+      {encodeSuccessEnvelope(everything), false},
+      {encodeErrorEnvelope({.code = "code", .message = "message", .details = everything}), false},
+  };
+  for (const auto& [whole, isCall] : messages) {
+    ASSERT_EQ(encodedAgain(whole, isCall), whole);
+    for (std::size_t length = isCall ? 0 : 1; length < whole.size(); ++length) {
+      const Bytes cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length));
+      EXPECT_FALSE(encodedAgain(cut, isCall)) << "cut to " << length << " of " << whole.size();
+    }
+  }
+}
+
+TEST(HostileMessage, IsRefusedWhole) {
+  std::vector<std::pair<std::string, bool>> rows = {
+      {"00 07 01 'm'", true},    // the arguments come first
+      {"03 01000000 00", true},  // a method that is no text
+      {"00 00", true},
+      {"07 01 'm'", true},                                       // no arguments
+      {"07 01 'm' 00 00", true},                                 // something left over
+      {"07 01 'm' 07 04 'abc'", true},                           // one byte more than there is
+      {"07 01 'm' 0c 02 00", true},                              // one element more
+      {"07 01 'm' 0d 01 07 01 'k'", true},                       // a key without a value
+      {"07 01 'm' 0d ff 00000080", true},                        // 2^32 times 2 wraps to nothing
+      {"07 01 'm' 0a ff 00000020 00000000000000", true},         // 2^29 times 8 does too
+      {"07 01 'm' 0d 02 0c 03 0d 01 0c fe0100 00 00 00", true},  // false counts in one another
+      {"07 01 'm' " + repeated("0c ff40420f00 ", 100) + repeated("00", 1'000'000), true},
+      {"02 07 01 'c' 00 00", false},  // neither success nor error
+      {"00", false},                  // a success without a value
+      {"00 00 00", false},
+      {"01 03 01000000 00 00", false},  // an error whose code is no text
+      {"01 00 00 00", false},
+      {"01 07 01 'c' 03 01000000 00", false},  // whose message is neither
+      {"01 07 01 'c' 00", false},              // without details
+      {"01 07 01 'c' 00 00 07 01 's'", false},
+      {"07 01 'm' 05 02 'ff'", true},
+  };
+  for (const char* type : {"07", "08", "09", "0a", "0b", "0c", "0d", "0e"}) {
+    rows.emplace_back("07 01 'm' " + std::string(type) + " ffffffffff", true);
+    rows.emplace_back("07 01 'm' " + std::string(type) + " ffffffffff" + repeated("00", 64), true);
+  }
+  // Unknown types, whatever payload they may be taken to have; 05 is the big integer of old.
+  for (int type = 0; type < 256; ++type) {
+    if (type <= 0x0e && type != 0x05) continue;
+    for (std::size_t payload = 0; payload <= 16; ++payload) {
+      Bytes message = wire("07 01 'm'");
+      message.push_back(static_cast<std::uint8_t>(type));
+      message.resize(message.size() + payload);
+      EXPECT_FALSE(decodeMethodCall(message)) << "type " << type << ", payload " << payload;
+    }
+  }
+  for (const char* bad :
+       {"80", "bf", "ff", "c080", "c1bf", "c3", "c341", "e08080", "e09fbf", "e282", "eda080",
+        "edbfbf", "f0808080", "f08fbfbf", "f09f94", "f4908080", "f5808080", "f888808080"}) {
+    const std::string size = "07 0" + std::to_string(2 + wire(bad).size());
+    for (const std::string& ill :
+         {size + "'ab'" + bad, size + bad + "'ab'", size + "'a'" + bad + "'b'"}) {
+      rows.emplace_back(ill + " 00", true);
+      rows.emplace_back("07 01 'm' 0d 01 " + ill + " 00", true);
+      rows.emplace_back("07 01 'm' 0d 01 07 05 'items' 0c 02 07 01 'x' " + ill, true);
+      rows.emplace_back("01 " + ill + " 00 00", false);
+      rows.emplace_back("01 07 01 'c' " + ill + " 00", false);
+    }
+  }
+  for (const auto& [bytes, isCall] : rows) {
+    EXPECT_FALSE(encodedAgain(wire(bytes), isCall)) << bytes.substr(0, 120);
+  }
+}
+
+TEST(HostileMessage, NestsToTheLimitAndNoDeeper) {
+  const std::pair<std::string, std::string> shapes[] = {
+      {"0c 01 ", ""}, {"0d 01 00 ", ""}, {"0d 01 ", " 00"}, {"0c 02 ", " 0c 00"}};
+  for (const auto& [open, close] : shapes) {
+    for (const char* innermost : {"0c 00", "0d 00", "0c 01 00"}) {
+      const auto nested = [&](int depth) {
+        const auto around = static_cast<std::size_t>(depth - 1);
+        return wire("07 01 'm' " + repeated(open, around) + innermost + repeated(close, around));
+      };
+      EXPECT_EQ(encodedAgainAsCall(nested(kMaxNesting)), nested(kMaxNesting)) << open << innermost;
+      EXPECT_FALSE(encodedAgainAsCall(nested(kMaxNesting + 1))) << open << innermost;
+      EXPECT_FALSE(encodedAgainAsCall(nested(100'000))) << open << innermost;
+    }
+  }
+}
+
+/// By the code points that the bytes stand for.
+bool isUtf8ByReference(std::string_view text) {
+  for (std::size_t i = 0; i < text.size();) {
+    const auto lead = static_cast<unsigned char>(text[i]);
+    const std::size_t length = lead < 0x80 ? 1 : lead >> 5 == 6 ? 2 : lead >> 4 == 14 ? 3 : 4;
+    if (length == 4 && lead >> 3 != 30) return false;
+    if (i + length > text.size()) return false;
+    std::uint32_t point = length == 1 ? lead : lead & (0x7f >> length);
+    for (std::size_t k = 1; k < length; ++k) {
+      const auto byte = static_cast<unsigned char>(text[i + k]);
+      if (byte >> 6 != 2) return false;
+      point = point << 6 | (byte & 0x3f);
+    }
+    constexpr std::uint32_t kSmallest[] = {0, 0x80, 0x800, 0x10000};
+    if (point < kSmallest[length - 1] || point > 0x10ffff || point >> 11 == 0x1b) return false;
+    i += length;
+  }
+  return true;
+}
+
+TEST(Utf8, AgreesWithTheDefinitionAtEveryOffsetInAWord) {
+  constexpr std::string_view kEdges =
+      "\x01\x7f\x80\x8f\x90\x9f\xa0\xbf\xc0\xc1\xc2\xdf\xe0\xe1\xec\xed\xee\xef\xf0\xf1\xf4\xf5"
+      "\xff";
+  const std::size_t count = kEdges.size();
+  constexpr std::size_t kRoom = 64;
+  const auto block = std::make_unique<char[]>(kRoom);  // texts end where the block does
+  for (std::size_t n = 0; n < count * count * count * count; ++n) {
+    const char sequence[] = {kEdges[n % count], kEdges[n / count % count],
+                             kEdges[n / count / count % count], kEdges[n / count / count / count]};
+    const bool expected = isUtf8ByReference({sequence, 4});
+    for (std::size_t before = 0; before <= 8; ++before) {
+      for (const std::size_t after : {0, 1, 9, 22}) {
+        const std::size_t size = before + 4 + after;
+        char* text = block.get() + kRoom - size;
+        std::fill_n(text, size, 'a');
+        std::copy_n(sequence, 4, text + before);
+        ASSERT_EQ(isWellFormedUtf8({text, size}), expected)
+            << n << " with " << before << " before and " << after << " behind";
+      }
+    }
+  }
+  EXPECT_TRUE(isWellFormedUtf8({}));
+  EXPECT_TRUE(isWellFormedUtf8(std::string_view("\0", 1)));
+}
+
+TEST(ValueView, ReadsAsItsOwnTypeOnly) {
+  // In the order of the values.
+  const auto readers = [](FlutterValueView v) {
+    return std::vector<bool>{
+        v.boolean().has_value(),   v.integer().has_value(),     v.float64().has_value(),
+        v.text().has_value(),      v.bytes().has_value(),       v.int32List().has_value(),
+        v.int64List().has_value(), v.float32List().has_value(), v.float64List().has_value(),
+        v.list().has_value(),      v.map().has_value()};
+  };
+  const auto call = decodeMethodCall(encodeMethodCall("m", everyType()));
+  std::size_t place = 0;
+  const FlutterListView list = *call->arguments().list();
+  for (const FlutterValueView view : list) {
+    std::vector<bool> itsOwn(11);
+    if (place < itsOwn.size()) itsOwn[place] = true;
+    EXPECT_EQ(readers(view), itsOwn) << "value " << place;
+    EXPECT_EQ(view.textKeyedMap().has_value(), view.map().has_value());
+    ++place;
+  }
+  EXPECT_EQ(place, 12u);
+}
+
+TEST(ValueView, LooksUpTextKeysTakesTheFirstAndOutlivesAMoveOfItsCall) {
+  auto decoded = decodeMethodCall(
+      encodeMethodCall("m", FlutterMap{{1, "not a text"},
+                                       {"twice", std::int64_t{1}},
+                                       {FlutterList{"twice"}, 0},
+                                       {"nested", FlutterMap{{"twice", 3}, {"", 1.5}}},
+                                       {"twice", 2},
+                                       {"none", {}}}));
+  const FlutterMethodCall call = std::move(*decoded);
+  decoded.reset();
+  const auto map = *call.arguments().map();
+  EXPECT_EQ(map.size(), 6u);
+  EXPECT_EQ(map["twice"].integer(), 1);
+  EXPECT_EQ(map["none"].type(), FlutterType::null);
+  EXPECT_EQ(map["twic"].type(), FlutterType::null);
+  EXPECT_EQ(map["absent"].text(), std::nullopt);
+  EXPECT_FALSE(call.arguments().textKeyedMap()) << "one key is a number";
+  const auto nested = map["nested"].textKeyedMap();
+  ASSERT_TRUE(nested);
+  EXPECT_EQ((*nested)["twice"].integer(), 3);
+  EXPECT_EQ((*nested)[""].float64(), 1.5);
+  EXPECT_FALSE(FlutterValueView().map());
+}
+
+}  // namespace
+}  // namespace norvane

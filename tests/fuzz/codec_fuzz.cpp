@@ -1,0 +1,19 @@
+// Whatever arrives, the codec refuses it, or reads it as a value that comes back the same when it
+// is written anew.
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+
+#include "support/value_copy.h"
+
+using norvane::Bytes;
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const Bytes message(data, data + size);
+  for (const auto encodedAgain : {norvane::encodedAgainAsCall, norvane::encodedAgainAsReply}) {
+    const auto encoded = encodedAgain(message);
+    if (encoded && encodedAgain(*encoded) != encoded) std::abort();
+  }
+  return 0;
+}
