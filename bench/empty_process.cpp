@@ -1,0 +1,2 @@
+// What the start of any C++ process costs.
+int main() {}
