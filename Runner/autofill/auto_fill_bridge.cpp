@@ -4,12 +4,12 @@
 
 namespace norvane {
 
-AutoFillBridge::AutoFillBridge(std::shared_ptr<FlutterBinaryMessenger> messenger)
-    : channel("cn.kestrio.norvane.autofill", std::move(messenger)) {}
+AutoFillBridge::AutoFillBridge(const std::shared_ptr<FlutterBinaryMessenger>& messenger)
+    : channel("cn.kestrio.norvane.autofill", messenger) {}
 
 std::shared_ptr<AutoFillBridge> AutoFillBridge::make(
-    std::shared_ptr<FlutterBinaryMessenger> messenger) {
-  const std::shared_ptr<AutoFillBridge> bridge(new AutoFillBridge(std::move(messenger)));
+    const std::shared_ptr<FlutterBinaryMessenger>& messenger) {
+  std::shared_ptr<AutoFillBridge> bridge(new AutoFillBridge(messenger));
   bridge->channel.setMethodCallHandler(
       [weakBridge = std::weak_ptr(bridge)](const FlutterMethodCall& call, FlutterResult result) {
         if (const auto alive = weakBridge.lock()) {

@@ -11,10 +11,11 @@ class AutoFillBridge : public std::enable_shared_from_this<AutoFillBridge> {
  public:
   /// Opens the channel on the main engine's messenger and serves it for as long as the bridge
   /// lives.
-  static std::shared_ptr<AutoFillBridge> make(std::shared_ptr<FlutterBinaryMessenger> messenger);
+  static std::shared_ptr<AutoFillBridge> make(
+      const std::shared_ptr<FlutterBinaryMessenger>& messenger);
 
  private:
-  explicit AutoFillBridge(std::shared_ptr<FlutterBinaryMessenger> messenger);
+  explicit AutoFillBridge(const std::shared_ptr<FlutterBinaryMessenger>& messenger);
 
   void handle(const FlutterMethodCall& call, FlutterResult result);
 

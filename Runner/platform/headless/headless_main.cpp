@@ -68,6 +68,7 @@ int run(const MainInterface& mainInterface, Profile profile, StderrLog& log,
 }  // namespace
 
 int runHeadless(const CommandLine& commandLine, const MainInterface& mainInterface) {
+  ensureStandardDescriptors();
   disableCoreDumps();
   std::signal(SIGPIPE, SIG_IGN);  // a reader that goes away is an error of the write
   Profile profile;

@@ -133,9 +133,14 @@ void GlibDispatch::work() {
 
 bool GlibDispatch::isMainThread() const { return std::this_thread::get_id() == mainThread_; }
 
-void GlibDispatch::run() { g_main_loop_run(loop_); }
+void GlibDispatch::run() {
+  if (!quitting_) g_main_loop_run(loop_);
+}
 
-void GlibDispatch::quit() { g_main_loop_quit(loop_); }
+void GlibDispatch::quit() {
+  quitting_ = true;
+  g_main_loop_quit(loop_);
+}
 
 bool GlibDispatch::isQuiet() {
   {

@@ -29,7 +29,7 @@ class GlibDispatch : public Dispatch {
 
   /// Runs the main loop until `quit`; main thread.
   void run();
-  /// Ends `run` after the current turn; main thread.
+  /// Ends `run` after the current turn, or before its first one; main thread.
   void quit();
   /// Whether nothing is queued, running on a worker, or waiting for its time; main thread.
   bool isQuiet();
@@ -42,6 +42,7 @@ class GlibDispatch : public Dispatch {
   const std::thread::id mainThread_ = std::this_thread::get_id();
   _GMainLoop* loop_;
   _GSource* source_;
+  bool quitting_ = false;
 
   std::mutex mainMutex_;
   std::deque<Task> mainTasks_;

@@ -4,6 +4,7 @@
 #include <filesystem>
 
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -30,6 +31,13 @@ std::optional<std::string> LinuxDynamicLoader::dlerror() {
 std::optional<std::string> environmentVariable(const std::string& name) {
   const char* value = std::getenv(name.c_str());
   return value ? std::optional<std::string>(value) : std::nullopt;
+}
+
+void ensureStandardDescriptors() {
+  // The lowest free descriptor is the one that is given: open until it is none of the three.
+  int fd = 0;
+  while (fd >= 0 && fd <= STDERR_FILENO) fd = ::open("/dev/null", O_RDWR);
+  if (fd > STDERR_FILENO) ::close(fd);
 }
 
 void disableCoreDumps() {

@@ -29,6 +29,10 @@ class LinuxDynamicLoader : public DynamicLoader {
 /// The value of an environment variable.
 std::optional<std::string> environmentVariable(const std::string& name);
 
+/// Opens /dev/null as each of standard input, output and error that is closed: a file of the host's
+/// must never come to stand in their place.
+void ensureStandardDescriptors();
+
 /// Leaves no core file behind: it would hold the vault's secrets.
 void disableCoreDumps();
 
