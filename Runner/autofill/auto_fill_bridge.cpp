@@ -1,19 +1,84 @@
 #include "autofill/auto_fill_bridge.h"
 
+#include <exception>
+#include <optional>
 #include <utility>
+#include <variant>
+
+#include "autofill/credential_identities.h"
+#include "autofill/passkey_index_sync.h"
+#include "autofill/snapshot_sync.h"
+#include "platform/credential_identity_store.h"
+#include "platform/dispatch.h"
+#include "platform/ns_bundle.h"
+#include "platform/ns_process_info.h"
+#include "platform/platform.h"
+#include "storage/passkey_index.h"
 
 namespace norvane {
+namespace {
+
+using Result = std::shared_ptr<FlutterResult>;
+using Outcome = std::variant<FlutterValue, FlutterError>;
+
+void replyOnMain(const Result& result, Outcome outcome) {
+  platform().dispatch.mainAsync([result, outcome = std::move(outcome)] {
+    std::visit([&](const auto& reply) { (*result)(reply); }, outcome);
+  });
+}
+
+/// The application identifier prefix, ending in "."; empty when there is none.
+std::string teamIdentifierPrefix() {
+  const auto prefix = platform().mainBundle.infoText("AppIdentifierPrefix");
+  if (!prefix || prefix->empty()) return "";
+  return prefix->ends_with('.') ? *prefix : *prefix + '.';
+}
+
+std::string sharedAccessGroup() { return teamIdentifierPrefix() + "cn.kestrio.norvane"; }
+
+/// Runs a sync's `work` on `items`, on a worker, and replies. Nothing of the items is left in
+/// memory when the reply is given.
+template <class Work, class CleanUp>
+void performSync(Items&& items, const Result& result, const char* errorCode, Work work,
+                 CleanUp cleanUp) {
+  Outcome outcome;
+  {
+    const Items own = std::move(items);
+    try {
+      outcome = work(own);
+    } catch (const std::exception& error) {
+      cleanUp();
+      outcome = FlutterError{errorCode, error.what(), {}};
+    } catch (...) {
+      cleanUp();
+      outcome = FlutterError{errorCode, "unknown error", {}};
+    }
+  }
+  secureWipeStack();
+  replyOnMain(result, std::move(outcome));
+}
+
+/// What the store's completion means for the UI: `reply`, or the store's error under `errorCode`.
+Outcome outcomeOf(const std::optional<std::string>& error, const char* errorCode,
+                  FlutterValue reply) {
+  if (error) return FlutterError{errorCode, *error, {}};
+  return reply;
+}
+
+}  // namespace
 
 AutoFillBridge::AutoFillBridge(const std::shared_ptr<FlutterBinaryMessenger>& messenger)
-    : channel("cn.kestrio.norvane.autofill", messenger) {}
+    : channel("cn.kestrio.norvane.autofill", messenger),
+      snapshotQueue_(platform().dispatch.makeSerialQueue()),
+      passkeyQueue_(platform().dispatch.makeSerialQueue()) {}
 
 std::shared_ptr<AutoFillBridge> AutoFillBridge::make(
     const std::shared_ptr<FlutterBinaryMessenger>& messenger) {
   std::shared_ptr<AutoFillBridge> bridge(new AutoFillBridge(messenger));
   bridge->channel.setMethodCallHandler(
-      [weakBridge = std::weak_ptr(bridge)](const FlutterMethodCall& call, FlutterResult result) {
+      [weakBridge = std::weak_ptr(bridge)](FlutterMethodCall call, FlutterResult result) {
         if (const auto alive = weakBridge.lock()) {
-          alive->handle(call, std::move(result));
+          alive->handle(std::move(call), std::move(result));
         } else {
           result.drop();
         }
@@ -21,8 +86,107 @@ std::shared_ptr<AutoFillBridge> AutoFillBridge::make(
   return bridge;
 }
 
-void AutoFillBridge::handle(const FlutterMethodCall& /*call*/, FlutterResult result) {
-  result(FlutterMethodNotImplemented);
+void AutoFillBridge::handle(FlutterMethodCall call, FlutterResult callResult) {
+  const auto result = std::make_shared<FlutterResult>(std::move(callResult));
+  const std::string method(call.method());
+  if (method == "getState") {
+    getState(result);
+  } else if (method == "registerCredentials") {
+    registerCredentials(Items(std::move(call)), result);
+  } else if (method == "syncVaultSnapshot") {
+    syncVaultSnapshot(Items(std::move(call)), result);
+  } else if (method == "syncPasskeyIndex") {
+    syncPasskeyIndex(Items(std::move(call)), result);
+  } else if (method == "registerPasskeys") {
+    registerPasskeys(Items(std::move(call)), result);
+  } else if (method == "clearCredentials") {
+    clearCredentials(result);
+  } else {
+    (*result)(FlutterMethodNotImplemented);
+  }
+  secureWipeStack();
+}
+
+void AutoFillBridge::getState(const Result& result) {
+  platform().credentialIdentityStore.getCredentialIdentityStoreState([result](const auto& state) {
+    replyOnMain(result,
+                FlutterMap{{"isEnabled", state.isEnabled},
+                           {"supportsIncrementalUpdates", state.supportsIncrementalUpdates}});
+  });
+}
+
+void AutoFillBridge::registerCredentials(const Items& items, const Result& result) {
+  auto& store = platform().credentialIdentityStore;
+  store.getCredentialIdentityStoreState(
+      [&store, result, identities = passwordIdentitiesOf(items)](const auto& state) mutable {
+        if (!state.isEnabled) {
+          replyOnMain(result, FlutterMap{{"saved", std::int64_t{0}}, {"isEnabled", false}});
+          return;
+        }
+        const auto count = static_cast<std::int64_t>(identities.size());
+        store.replaceCredentialIdentities(
+            std::move(identities), [result, count](bool success, const auto& error) {
+              const std::int64_t saved = success ? count : 0;
+              replyOnMain(result, outcomeOf(error, "autofill_register_failed",
+                                            FlutterMap{{"saved", saved}, {"isEnabled", true}}));
+            });
+      });
+}
+
+void AutoFillBridge::registerPasskeys(const Items& items, const Result& result) {
+  if (!platform().processInfo.isOperatingSystemAtLeastVersion({14, 0, 0})) {
+    (*result)(FlutterMap{{"saved", std::int64_t{0}}});
+    return;
+  }
+  auto& store = platform().credentialIdentityStore;
+  store.getCredentialIdentityStoreState(
+      [&store, result, identities = passkeyIdentitiesOf(items)](const auto& state) mutable {
+        if (!state.isEnabled) {
+          replyOnMain(result, FlutterMap{{"saved", std::int64_t{0}}});
+          return;
+        }
+        const auto count = static_cast<std::int64_t>(identities.size());
+        store.saveCredentialIdentityEntries(
+            std::move(identities), [result, count](bool success, const auto& error) {
+              const std::int64_t saved = success ? count : 0;
+              replyOnMain(result, outcomeOf(error, "passkey_register_failed",
+                                            FlutterMap{{"saved", saved}}));
+            });
+      });
+}
+
+void AutoFillBridge::syncVaultSnapshot(Items items, const Result& result) {
+  snapshotQueue_->async([items = std::move(items), group = sharedAccessGroup(), result]() mutable {
+    performSync(
+        std::move(items), result, "autofill_sync_snapshot_failed",
+        [&](const Items& own) { return writeSnapshot(own, group); },
+        [&] { removeSnapshot(group); });
+  });
+}
+
+void AutoFillBridge::syncPasskeyIndex(Items items, const Result& result) {
+  passkeyQueue_->async([items = std::move(items), group = sharedAccessGroup(), result]() mutable {
+    performSync(
+        std::move(items), result, "passkey_sync_failed",
+        [&](const Items& own) { return writePasskeyIndex(own, group); },
+        [&] { PasskeyIndex::clear(group); });
+  });
+}
+
+void AutoFillBridge::clearCredentials(const Result& result) {
+  const std::string group = sharedAccessGroup();
+  // In the order of both kinds of sync: those asked for before have finished, those asked for later
+  // come after, so that whoever clears last leaves nothing behind.
+  snapshotQueue_->sync([&] {
+    passkeyQueue_->sync([&] {
+      removeSnapshot(group);
+      PasskeyIndex::clear(group);
+    });
+  });
+  platform().credentialIdentityStore.removeAllCredentialIdentities(
+      [result](bool success, const auto& error) {
+        replyOnMain(result, outcomeOf(error, "autofill_clear_failed", success));
+      });
 }
 
 }  // namespace norvane

@@ -1,12 +1,17 @@
 #pragma once
 
 #include <memory>
+#include <string>
 
+#include "autofill/items.h"
 #include "platform/flutter/flutter_method_channel.h"
+#include "platform/serial_queue.h"
 
 namespace norvane {
 
-/// The host's side of the AutoFill channel. Owned by the main window. Main thread.
+/// The host's side of the AutoFill channel: keeps the system's password AutoFill up to date with
+/// the UI's logins and passkeys. Owned by the main window. Called on the main thread; replies there
+/// too, once a call, also for work that fails in a way that nobody foresaw.
 class AutoFillBridge : public std::enable_shared_from_this<AutoFillBridge> {
  public:
   /// Opens the channel on the main engine's messenger and serves it for as long as the bridge
@@ -15,11 +20,24 @@ class AutoFillBridge : public std::enable_shared_from_this<AutoFillBridge> {
       const std::shared_ptr<FlutterBinaryMessenger>& messenger);
 
  private:
+  /// Shared, because what follows a call may be tried again after the step before has failed.
+  using Result = std::shared_ptr<FlutterResult>;
+
   explicit AutoFillBridge(const std::shared_ptr<FlutterBinaryMessenger>& messenger);
 
-  void handle(const FlutterMethodCall& call, FlutterResult result);
+  void handle(FlutterMethodCall call, FlutterResult result);
+  void getState(const Result& result);
+  void registerCredentials(const Items& items, const Result& result);
+  void registerPasskeys(const Items& items, const Result& result);
+  void syncVaultSnapshot(Items items, const Result& result);
+  void syncPasskeyIndex(Items items, const Result& result);
+  void clearCredentials(const Result& result);
 
   FlutterMethodChannel channel;
+  // Syncs of one kind run in the order of their calls, or the key of one would come to stand beside
+  // the file of another.
+  std::shared_ptr<SerialQueue> snapshotQueue_;
+  std::shared_ptr<SerialQueue> passkeyQueue_;
 };
 
 }  // namespace norvane

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <memory>
+
+#include "platform/serial_queue.h"
 #include "platform/unique_function.h"
 
 namespace norvane {
@@ -18,6 +21,9 @@ class Dispatch {
   /// Runs `task` on a worker thread, at the priority of work that the user waits for. Tasks may run
   /// side by side.
   virtual void globalAsync(Task task) = 0;
+
+  /// A queue whose tasks run one after another, on the workers of `globalAsync`.
+  virtual std::shared_ptr<SerialQueue> makeSerialQueue() = 0;
 
   virtual bool isMainThread() const = 0;
 };

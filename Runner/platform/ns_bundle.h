@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 namespace norvane {
@@ -11,6 +12,9 @@ class NSBundle {
 
   /// Absolute, without a trailing separator; wherever the bundle was moved to.
   virtual std::string bundlePath() const = 0;
+
+  /// A text of the application's Info dictionary; nothing when `key` is absent or holds no text.
+  virtual std::optional<std::string> infoText(const std::string& key) const = 0;
 };
 
 }  // namespace norvane

@@ -1,15 +1,33 @@
 #pragma once
 
+#include <cstdint>
+#include <optional>
+#include <span>
 #include <string>
 
 namespace norvane {
 
+/// Files and directories, on any thread. Failures are thrown as std::system_error, whose `what` is
+/// the system's own description.
 class NSFileManager {
  public:
   virtual ~NSFileManager() = default;
 
   /// Whether anything exists at `path`, symbolic links followed. The empty path names nothing.
   virtual bool fileExistsAtPath(const std::string& path) const = 0;
+
+  /// Makes the directory and those above it that are missing; one that exists is success.
+  virtual void createDirectory(const std::string& path) = 0;
+
+  /// Replaces the file at `path` whole: a reader sees the old content or the new, never a part,
+  /// also after a loss of power. A failure leaves the old file and nothing else.
+  virtual void writeAtomically(std::span<const std::uint8_t> data, const std::string& path) = 0;
+
+  virtual void removeItem(const std::string& path) = 0;
+
+  /// Where the application group's container lies; nothing when the process has no such group.
+  virtual std::optional<std::string> containerURLForSecurityApplicationGroupIdentifier(
+      const std::string& group) = 0;
 };
 
 }  // namespace norvane

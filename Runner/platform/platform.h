@@ -2,9 +2,12 @@
 
 namespace norvane {
 
+class ASCredentialIdentityStore;
+class Crypto;
 class Dispatch;
 class DynamicLoader;
 class FlutterEmbedder;
+class Keychain;
 class Log;
 class NSApplication;
 class NSBundle;
@@ -17,10 +20,13 @@ class WindowServer;
 /// Everything that the host reaches of the operating system and the UI engine.
 struct Platform {
   NSApplication& application;
+  ASCredentialIdentityStore& credentialIdentityStore;
+  Crypto& crypto;
   Dispatch& dispatch;
   DynamicLoader& dynamicLoader;
   NSFileManager& fileManager;
   FlutterEmbedder& flutter;
+  Keychain& keychain;
   Log& log;
   NSBundle& mainBundle;
   NSProcessInfo& processInfo;

@@ -11,6 +11,10 @@ namespace norvane {
 /// Overwrites `size` bytes with zeros in a way that no optimiser removes.
 void secureWipe(void* memory, std::size_t size);
 
+/// Overwrites the stack below the caller, where calls that have returned left copies of what they
+/// worked on (saved vector registers among them).
+void secureWipeStack();
+
 /// Wipes each block when it is freed, also the ones that a container leaves behind when it grows.
 template <class T>
 struct WipingAllocator {
@@ -35,5 +39,36 @@ struct WipingAllocator {
 
 /// Bytes that may hold a secret: a message of the UI, a key, a payload.
 using Bytes = std::vector<std::uint8_t, WipingAllocator<std::uint8_t>>;
+
+/// A payload that is written front to back into one growing block. Growing moves pages, not bytes,
+/// so that no copy is left behind; what was used is wiped when freed. Throws std::bad_alloc.
+class SecureBuffer {
+ public:
+  SecureBuffer() = default;
+  /// Sets memory for `capacity` bytes aside; it costs nothing until it is written to.
+  explicit SecureBuffer(std::size_t capacity) { reserve(capacity); }
+  SecureBuffer(SecureBuffer&& other) noexcept;
+  SecureBuffer& operator=(SecureBuffer&& other) noexcept;
+  ~SecureBuffer();
+
+  std::uint8_t* data() { return data_; }
+  const std::uint8_t* data() const { return data_; }
+  std::size_t size() const { return size_; }
+
+  void reserve(std::size_t capacity);
+  /// Where the next `most` bytes at most may be written, to be claimed with `advance`.
+  std::uint8_t* space(std::size_t most) {
+    if (capacity_ - size_ < most) grow(most);
+    return data_ + size_;
+  }
+  void advance(std::size_t size) { size_ += size; }
+
+ private:
+  void grow(std::size_t more);
+
+  std::uint8_t* data_ = nullptr;
+  std::size_t size_ = 0;
+  std::size_t capacity_ = 0;
+};
 
 }  // namespace norvane

@@ -70,7 +70,8 @@ TEST_F(ChannelTest, UndecodableCallIsAnsweredOnceAndItsContentNeverLogged) {
   longer.push_back(0);
   for (const Bytes& message : {Bytes{}, cut, longer}) {
     std::vector<Bytes> replies;
-    ui.send("test", kChannel, message, [&](Bytes reply) { replies.push_back(std::move(reply)); });
+    host().ui.send("test", kChannel, message,
+                   [&](Bytes reply) { replies.push_back(std::move(reply)); });
     dispatch.settle();
     EXPECT_EQ(replies, std::vector<Bytes>{{}});
     EXPECT_EQ(log.take(), Lines{"[Norvane] undecodable call on test/channel (" +
@@ -121,7 +122,7 @@ TEST_F(ChannelTest, ReplyLostOnAWorkerIsAnsweredOnTheMainThreadOrNotAtAll) {
       dispatch.globalAsync([lost = std::move(result)] {});
     });
     int replies = 0;
-    ui.send("test", kChannel, encodeMethodCall("method", {}), [&](Bytes) {
+    host().ui.send("test", kChannel, encodeMethodCall("method", {}), [&](Bytes) {
       EXPECT_TRUE(dispatch.isMainThread());
       ++replies;
     });

@@ -43,34 +43,41 @@ TemporaryDirectory::TemporaryDirectory() {
 
 struct HostTest::Process {
   Process(HostTest& test, const Profile& profile)
-      : desktop(profile, test.dispatch, [&test] { test.quitAsked = true; }),
-        userDefaults(test.directory.path / "user-defaults.json", test.log),
+      : host(profile, test.directory.path, test.dispatch, test.log,
+             [&test] { test.quitAsked = true; }),
+        keychain(host.keychain, test.keychainFault),
+        crypto(host.crypto, test.cryptoFault),
         platform{
-            .application = application,
+            .application = host.application,
+            .credentialIdentityStore = host.credentialStore,
+            .crypto = crypto,
             .dispatch = test.dispatch,
-            .dynamicLoader = test.loader,
-            .fileManager = test.fileManager,
-            .flutter = test.ui,
+            .dynamicLoader = host.loader,
+            .fileManager = host.fileManager,
+            .flutter = host.ui,
+            .keychain = keychain,
             .log = test.log,
             .mainBundle = test.bundle,
-            .processInfo = desktop,
-            .screens = desktop,
-            .userDefaults = userDefaults,
-            .windowServer = desktop,
+            .processInfo = host.desktop,
+            .screens = host.desktop,
+            .userDefaults = host.userDefaults,
+            .windowServer = host.desktop,
         },
-        installed(platform) {}
-  ~Process() { application.releaseAll(); }
+        installed(platform) {
+    test.bundle.real = &host.bundle;
+    host.ui.setObserver(&test);
+  }
+  ~Process() { host.application.releaseAll(); }
 
-  HeadlessDesktop desktop;
-  JsonUserDefaults userDefaults;
-  NSApplication application;
+  HeadlessPlatform host;
+  FaultyKeychain keychain;
+  FaultyCrypto crypto;
   Platform platform;
   ScopedPlatform installed;
 };
 
 HostTest::HostTest() {
   bundle.path = NORVANE_TEST_BUNDLE;
-  ui.setObserver(this);
   process_ = std::make_unique<Process>(*this, Profile{});
 }
 
@@ -90,9 +97,9 @@ void HostTest::relaunch(const Profile& profile) {
 void HostTest::send(const std::string& channel, const std::string& method,
                     const std::string& arguments, const std::string& engine) {
   const JsonDocument json = parseJson(arguments);
-  const bool sent = ui.send(engine, channel, encodeConsoleCall(method, &json), [this](Bytes reply) {
-    transcript_.push_back("reply " + describe(std::move(reply)));
-  });
+  const bool sent = host().ui.send(
+      engine, channel, encodeConsoleCall(method, &json),
+      [this](Bytes reply) { transcript_.push_back("reply " + describe(std::move(reply))); });
   EXPECT_TRUE(sent) << "no engine " << engine;
 }
 
@@ -100,7 +107,7 @@ std::string HostTest::call(const std::string& channel, const std::string& method
                            const std::string& arguments) {
   std::string answer = "(none)";
   const JsonDocument json = parseJson(arguments);
-  ui.send("main", channel, encodeConsoleCall(method, &json), [&answer](Bytes reply) {
+  host().ui.send("main", channel, encodeConsoleCall(method, &json), [&answer](Bytes reply) {
     EXPECT_EQ(answer, "(none)") << "a second reply";
     answer = describe(std::move(reply));
   });
@@ -123,8 +130,6 @@ void HostTest::called(std::string_view /*engine*/, std::string_view channel, Byt
                         jsonOf(call->arguments()));
 }
 
-HeadlessDesktop& HostTest::desktop() { return process_->desktop; }
-NSApplication& HostTest::application() { return process_->application; }
-const JsonUserDefaults& HostTest::userDefaults() { return process_->userDefaults; }
+HeadlessPlatform& HostTest::host() { return process_->host; }
 
 }  // namespace norvane

@@ -8,13 +8,9 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/headless/headless_desktop.h"
-#include "platform/headless/headless_ui.h"
-#include "platform/linux/json_user_defaults.h"
-#include "platform/linux/process.h"
+#include "platform/headless/headless_platform.h"
 #include "platform/log.h"
-#include "platform/ns_application.h"
-#include "platform/platform.h"
+#include "support/faults.h"
 #include "support/virtual_dispatch.h"
 
 namespace norvane {
@@ -46,7 +42,11 @@ class TemporaryDirectory {
 /// A bundle that lies where the test wants it; by default one with the example core library in it.
 struct MovedBundle : NSBundle {
   std::string bundlePath() const override { return path; }
+  std::optional<std::string> infoText(const std::string& key) const override {
+    return real->infoText(key);
+  }
   std::string path;
+  NSBundle* real = nullptr;
 };
 
 /// One run of the host on the headless desktop, driven as its neighbours drive it: by a UI that
@@ -79,9 +79,8 @@ class HostTest : public ::testing::Test, public UiObserver {
   RecordingLog log;
   VirtualDispatch dispatch;
   MovedBundle bundle;
-  LinuxFileManager fileManager;
-  LinuxDynamicLoader loader;
-  HeadlessUi ui;
+  Fault keychainFault;
+  Fault cryptoFault;
   bool quitAsked = false;
 
  private:
@@ -92,9 +91,10 @@ class HostTest : public ::testing::Test, public UiObserver {
   std::unique_ptr<Process> process_;
 
  protected:
-  HeadlessDesktop& desktop();
-  NSApplication& application();
-  const JsonUserDefaults& userDefaults();
+  HeadlessPlatform& host();
+  HeadlessDesktop& desktop() { return host().desktop; }
+  NSApplication& application() { return host().application; }
+  const JsonUserDefaults& userDefaults() { return host().userDefaults; }
 };
 
 }  // namespace norvane

@@ -17,6 +17,7 @@ class VirtualDispatch : public Dispatch {
     delayed_.emplace(now_ + seconds, std::move(task));
   }
   void globalAsync(Task task) override { workTasks_.push_back(std::move(task)); }
+  std::shared_ptr<SerialQueue> makeSerialQueue() override;
   bool isMainThread() const override { return !working_; }
 
   /// Runs the main queue until it is empty.
@@ -51,6 +52,8 @@ class VirtualDispatch : public Dispatch {
   }
 
  private:
+  class Queue;
+
   static Task take(std::deque<Task>& tasks) {
     Task task = std::move(tasks.front());
     tasks.pop_front();
@@ -63,5 +66,23 @@ class VirtualDispatch : public Dispatch {
   double now_ = 0;
   bool working_ = false;
 };
+
+/// Its tasks are workers' tasks; a synchronous one has those run that were submitted before it.
+class VirtualDispatch::Queue : public SerialQueue {
+ public:
+  explicit Queue(VirtualDispatch& dispatch) : dispatch_(dispatch) {}
+  void async(Task task) override { dispatch_.globalAsync(std::move(task)); }
+  void sync(const std::function<void()>& task) override {
+    dispatch_.runWorkers();
+    task();
+  }
+
+ private:
+  VirtualDispatch& dispatch_;
+};
+
+inline std::shared_ptr<SerialQueue> VirtualDispatch::makeSerialQueue() {
+  return std::make_shared<Queue>(*this);
+}
 
 }  // namespace norvane

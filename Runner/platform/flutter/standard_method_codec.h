@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -28,6 +29,9 @@ class FlutterMethodCall {
   std::string_view method() const { return method_; }
   /// Null when the UI gave none.
   FlutterValueView arguments() const { return arguments_; }
+
+  /// Of the message, in bytes.
+  std::size_t size() const { return message_.size(); }
 
   FlutterMethodCall(FlutterMethodCall&&) = default;
   FlutterMethodCall& operator=(FlutterMethodCall&&) = default;

@@ -4,19 +4,17 @@
 #include <initializer_list>
 #include <optional>
 #include <utility>
-#include <variant>
 
 #include <glib.h>
 #include <unistd.h>
 
 #include "platform/flutter/standard_method_codec.h"
+#include "platform/headless/console_state.h"
 #include "platform/headless/console_values.h"
-#include "platform/headless/headless_desktop.h"
+#include "platform/headless/headless_platform.h"
+#include "platform/headless/json_members.h"
 #include "platform/linux/atomic_file.h"
 #include "platform/linux/glib_dispatch.h"
-#include "platform/linux/json_user_defaults.h"
-#include "platform/ns_application.h"
-#include "platform/platform.h"
 
 namespace norvane {
 namespace {
@@ -46,29 +44,6 @@ std::string jsonOf(const JsonValue& value) {
   return buffer.GetString();
 }
 
-void member(JsonWriter& writer, const char* key, std::string_view text) {
-  writer.Key(key);
-  writeText(writer, text);
-}
-
-void member(JsonWriter& writer, const char* key, std::initializer_list<double> numbers) {
-  writer.Key(key);
-  writer.StartArray();
-  for (const double number : numbers) {
-    writer.Double(number);
-  }
-  writer.EndArray();
-}
-
-void memberOrNull(JsonWriter& writer, const char* key, std::optional<std::string_view> text) {
-  writer.Key(key);
-  if (text) {
-    writeText(writer, *text);
-  } else {
-    writer.Null();
-  }
-}
-
 void beginAnswer(JsonWriter& writer, const std::string& idJson) {
   writer.StartObject();
   if (idJson.empty()) return;
@@ -83,19 +58,13 @@ struct Console::Source {
   Console* console;
 };
 
-Console::Console(HeadlessDesktop& desktop, HeadlessUi& ui, GlibDispatch& dispatch,
-                 const JsonUserDefaults& userDefaults)
-    : desktop_(desktop),
-      ui_(ui),
-      dispatch_(dispatch),
-      userDefaults_(userDefaults),
-      input_(STDIN_FILENO),
-      openCalls_(std::make_shared<char>()) {
-  ui_.setObserver(this);
+Console::Console(HeadlessPlatform& host, GlibDispatch& dispatch)
+    : host_(host), dispatch_(dispatch), input_(STDIN_FILENO), openCalls_(std::make_shared<char>()) {
+  host_.ui.setObserver(this);
 }
 
 Console::~Console() {
-  ui_.setObserver(nullptr);
+  host_.ui.setObserver(nullptr);
   if (!source_) return;
   g_source_destroy(source_);
   g_source_unref(source_);
@@ -187,7 +156,7 @@ void Console::sendCall(const JsonValue& line, const std::string& idJson) {
   const std::string channel = expectText(require(line, "channel"), "\"channel\"");
   const std::string method = expectText(require(line, "method"), "\"method\"");
   Bytes message = encodeConsoleCall(method, find(line, "arguments"));
-  const bool sent = ui_.send(
+  const bool sent = host_.ui.send(
       engine, channel, std::move(message),
       [this, idJson, open = openCalls_](Bytes reply) { printReply(idJson, std::move(reply)); });
   if (!sent) throw JsonError("no engine \"" + engine + "\" is running");
@@ -198,24 +167,27 @@ void Console::carryOutEvent(JsonDocument& line) {
   line.RemoveMember("id");
   if (event == "set") {
     line.RemoveMember("desktop");
-    Profile profile = desktop_.profile();
+    Profile profile = host_.profile.copy();
     applyToProfile(line, profile);
-    desktop_.setProfile(std::move(profile));
+    host_.setProfile(profile);
     return;
   }
   if (event == "openURL") {
     expectOnly(line, {"desktop", "url"});
     const JsonValue& url = require(line, "url");
-    desktop_.openURL(url.IsNull() ? std::nullopt : std::optional(expectText(url, "\"url\"")));
+    host_.desktop.openURL(url.IsNull() ? std::nullopt : std::optional(expectText(url, "\"url\"")));
     return;
   }
   expectOnly(line, {"desktop"});
   if (event == "closeWindow") {
-    if (!desktop_.closeMainWindow()) throw JsonError("the main window is not on screen");
+    if (!host_.desktop.closeMainWindow()) throw JsonError("the main window is not on screen");
   } else if (event == "reopen") {
-    desktop_.reopen();
+    host_.desktop.reopen();
   } else if (event == "state") {
-    printState();
+    JsonBuffer state;
+    JsonWriter writer(state);
+    writeState(writer, host_);
+    print(state);
   } else if (event == "settle") {
     settling_ = true;
   } else if (event == "quit") {
@@ -278,60 +250,12 @@ void Console::printReply(const std::string& idJson, Bytes message) {
   } else if (reply->kind == FlutterReply::Kind::error) {
     member(writer, "reply", "error");
     member(writer, "code", reply->errorCode);
-    memberOrNull(writer, "message", reply->errorMessage);
+    member(writer, "message", reply->errorMessage);
     writer.Key("details");
     writeConsoleValue(writer, reply->errorDetails);
   } else {
     member(writer, "reply", "notImplemented");
   }
-  writer.EndObject();
-  print(line);
-}
-
-void Console::writeWindows(JsonWriter& writer) const {
-  writer.StartArray();
-  for (const auto& window : platform().application.windows()) {
-    const HeadlessWindow& native = desktop_.nativeWindow(*window);
-    const NSRect frame = native.frame();
-    writer.StartObject();
-    member(writer, "class", window->className());
-    writer.Key("visible");
-    writer.Bool(native.isVisible());
-    writer.Key("key");
-    writer.Bool(desktop_.isKey(*window));
-    member(writer, "frame", {frame.origin.x, frame.origin.y, frame.size.width, frame.size.height});
-    member(writer, "minSize", {native.minSize().width, native.minSize().height});
-    writer.Key("styleMask");
-    writer.Uint(native.styleMask());
-    writer.Key("level");
-    writer.Int(native.level());
-    member(writer, "autosaveName", window->frameAutosaveName());
-    writer.EndObject();
-  }
-  writer.EndArray();
-}
-
-void Console::printState() {
-  JsonBuffer line;
-  JsonWriter writer(line);
-  writer.StartObject();
-  member(writer, "desktop", "state");
-  writer.Key("windows");
-  writeWindows(writer);
-  writer.Key("active");
-  writer.Bool(desktop_.isActive());
-  memberOrNull(writer, "frontApplication", desktop_.frontApplication());
-  writer.Key("userDefaults");
-  writer.StartObject();
-  for (const auto& [key, value] : userDefaults_.values()) {
-    writeText(writer, key);
-    if (const auto* text = std::get_if<std::string>(&value)) {
-      writeText(writer, *text);
-    } else {
-      writer.Bool(std::get<bool>(value));
-    }
-  }
-  writer.EndObject();
   writer.EndObject();
   print(line);
 }

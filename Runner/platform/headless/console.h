@@ -13,16 +13,14 @@ struct _GSource;
 namespace norvane {
 
 class GlibDispatch;
-class HeadlessDesktop;
-class JsonUserDefaults;
+struct HeadlessPlatform;
 
 /// The console protocol of docs/console.md: standard input and output stand in for the UI programs
 /// and for the person at the desk. Each line is a turn of its own on the main thread, taken when
 /// the main queue is empty, so that the same lines always meet the same state. Main thread.
 class Console : public UiObserver {
  public:
-  Console(HeadlessDesktop& desktop, HeadlessUi& ui, GlibDispatch& dispatch,
-          const JsonUserDefaults& userDefaults);
+  Console(HeadlessPlatform& host, GlibDispatch& dispatch);
   ~Console() override;
 
   /// Begins to take lines.
@@ -42,14 +40,10 @@ class Console : public UiObserver {
   void sendCall(const JsonValue& line, const std::string& idJson);
   void carryOutEvent(JsonDocument& line);
   void printReply(const std::string& idJson, Bytes message);
-  void printState();
-  void writeWindows(JsonWriter& writer) const;
   void print(const JsonBuffer& line);
 
-  HeadlessDesktop& desktop_;
-  HeadlessUi& ui_;
+  HeadlessPlatform& host_;
   GlibDispatch& dispatch_;
-  const JsonUserDefaults& userDefaults_;
   LineInput input_;
   bool settling_ = false;
   bool quitting_ = false;

@@ -13,8 +13,9 @@ constexpr const char* kBundleIdentifier = "cn.kestrio.norvane";
 
 }  // namespace
 
-HeadlessDesktop::HeadlessDesktop(Profile profile, Dispatch& dispatch, std::function<void()> quit)
-    : profile_(std::move(profile)), dispatch_(dispatch), quit_(std::move(quit)) {}
+HeadlessDesktop::HeadlessDesktop(LiveProfile& profile, Dispatch& dispatch,
+                                 std::function<void()> quit)
+    : profile_(profile), dispatch_(dispatch), quit_(std::move(quit)) {}
 
 HeadlessDesktop::~HeadlessDesktop() = default;
 
@@ -27,17 +28,16 @@ void HeadlessDesktop::launch(MainInterface mainInterface) {
 }
 
 void HeadlessDesktop::makeMainWindowIfAsked() {
-  if (!profile_.mainWindow || std::exchange(mainWindowMade_, true)) return;
+  if (!profile_.get(&Profile::mainWindow) || std::exchange(mainWindowMade_, true)) return;
   const auto window = mainInterface_.makeMainWindow();
   mainWindow_ = window;
   window->awakeFromNib();
-  if (profile_.mainWindowVisible) window->orderFront();
+  if (profile_.get(&Profile::mainWindowVisible)) window->orderFront();
 }
 
-void HeadlessDesktop::setProfile(Profile profile) {
-  profile_ = std::move(profile);
-  const auto isActive = [](const Profile::Application& application) { return application.active; };
-  if (active_ && std::ranges::any_of(profile_.applications, isActive)) {
+void HeadlessDesktop::setProfile(const Profile& profile) {
+  profile_.change([&](Profile& current) { current = profile; });
+  if (active_ && std::ranges::any_of(profile.applications, &Profile::Application::active)) {
     active_ = false;
     keyWindow_ = nullptr;
   }
@@ -74,8 +74,9 @@ bool HeadlessDesktop::hasVisibleWindows() const {
 
 std::optional<std::string> HeadlessDesktop::frontApplication() const {
   if (active_) return kBundleIdentifier;
-  const auto front = std::ranges::find_if(profile_.applications, &Profile::Application::active);
-  return front == profile_.applications.end() ? std::nullopt : front->bundleIdentifier;
+  const auto applications = profile_.get(&Profile::applications);
+  const auto front = std::ranges::find_if(applications, &Profile::Application::active);
+  return front == applications.end() ? std::nullopt : front->bundleIdentifier;
 }
 
 bool HeadlessDesktop::isKey(const NSWindow& window) const {
@@ -95,12 +96,15 @@ std::unique_ptr<NativeWindow> HeadlessDesktop::makeWindow(NSWindow& window,
 
 void HeadlessDesktop::activateIgnoringOtherApps() {
   active_ = true;
-  for (Profile::Application& application : profile_.applications) application.active = false;
+  profile_.change([](Profile& profile) {
+    for (Profile::Application& application : profile.applications) application.active = false;
+  });
 }
 
 std::optional<NSRect> HeadlessDesktop::mainScreenVisibleFrame() const {
-  if (profile_.screens.empty()) return std::nullopt;
-  return profile_.screens.front().visibleFrame;
+  const auto screens = profile_.get(&Profile::screens);
+  if (screens.empty()) return std::nullopt;
+  return screens.front().visibleFrame;
 }
 
 std::optional<std::string> HeadlessDesktop::environment(const std::string& name) const {
@@ -108,7 +112,7 @@ std::optional<std::string> HeadlessDesktop::environment(const std::string& name)
 }
 
 NSOperatingSystemVersion HeadlessDesktop::operatingSystemVersion() const {
-  return profile_.osVersion;
+  return profile_.get(&Profile::osVersion);
 }
 
 HeadlessWindow::HeadlessWindow(HeadlessDesktop& desktop, NSWindow& owner, const NSRect& frame,

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "platform/dispatch.h"
-#include "platform/headless/profile.h"
+#include "platform/headless/live_profile.h"
 #include "platform/ns_application.h"
 #include "platform/ns_process_info.h"
 #include "platform/window_server.h"
@@ -22,7 +22,7 @@ class HeadlessWindow;
 class HeadlessDesktop : public WindowServer, public NSScreens, public NSProcessInfo {
  public:
   /// `quit` ends the main loop.
-  HeadlessDesktop(Profile profile, Dispatch& dispatch, std::function<void()> quit);
+  HeadlessDesktop(LiveProfile& profile, Dispatch& dispatch, std::function<void()> quit);
   ~HeadlessDesktop() override;
 
   // The control side
@@ -30,8 +30,7 @@ class HeadlessDesktop : public WindowServer, public NSScreens, public NSProcessI
   /// Loads the application's main interface and tells its delegate that launch has finished.
   void launch(MainInterface mainInterface);
 
-  const Profile& profile() const { return profile_; }
-  void setProfile(Profile profile);
+  void setProfile(const Profile& profile);
 
   /// The system delivers a URL event; without a text when there is none.
   void openURL(const std::optional<std::string>& url);
@@ -62,7 +61,7 @@ class HeadlessDesktop : public WindowServer, public NSScreens, public NSProcessI
   void quitIfLastWindowClosed();
   bool hasVisibleWindows() const;
 
-  Profile profile_;
+  LiveProfile& profile_;
   Dispatch& dispatch_;
   std::function<void()> quit_;
   MainInterface mainInterface_;

@@ -10,10 +10,10 @@ namespace norvane {
 namespace {
 
 using Member = std::function<void(const JsonValue& value, const std::string& what)>;
+using Members = std::map<std::string, Member, std::less<>>;
 
 /// Hands each member of an object to what reads it.
-void readMembers(const JsonValue& object, const std::string& what,
-                 const std::map<std::string, Member, std::less<>>& members) {
+void readMembers(const JsonValue& object, const std::string& what, const Members& members) {
   for (const auto& [name, value] : expectObject(object, what).GetObject()) {
     const auto found = members.find(textOf(name));
     if (found == members.end()) {
@@ -32,6 +32,23 @@ Member booleanInto(bool& target) {
 Member optionalTextInto(std::optional<std::string>& target) {
   return [&target](const JsonValue& value, const std::string& what) {
     target = value.IsNull() ? std::nullopt : std::optional(expectText(value, what));
+  };
+}
+
+Member optionalStatusInto(std::optional<std::int32_t>& target) {
+  return [&target](const JsonValue& value, const std::string& what) {
+    if (!value.IsNull() && !value.IsInt()) throw JsonError(what + " must be a status or null");
+    target = value.IsNull() ? std::nullopt : std::optional(value.GetInt());
+  };
+}
+
+/// An object that is replaced whole, by one whose members `members` reads.
+template <class Object>
+Member objectInto(Object& target, Members (*members)(Object& object)) {
+  return [&target, members](const JsonValue& value, const std::string& what) {
+    Object object;
+    readMembers(value, what, members(object));
+    target = std::move(object);
   };
 }
 
@@ -85,6 +102,19 @@ Profile::Application parseApplication(const JsonValue& value) {
   return application;
 }
 
+Members membersOf(Profile::CredentialStore& store) {
+  return {{"isEnabled", booleanInto(store.isEnabled)},
+          {"supportsIncrementalUpdates", booleanInto(store.supportsIncrementalUpdates)},
+          {"success", booleanInto(store.success)},
+          {"error", optionalTextInto(store.error)}};
+}
+
+Members membersOf(Profile::KeychainStatuses& statuses) {
+  return {{"update", optionalStatusInto(statuses.update)},
+          {"add", optionalStatusInto(statuses.add)},
+          {"delete", optionalStatusInto(statuses.remove)}};
+}
+
 }  // namespace
 
 NSRect parseRect(const JsonValue& value, const std::string& what) {
@@ -105,6 +135,11 @@ void applyToProfile(const JsonValue& changes, Profile& profile) {
                             const auto& what) { changed.osVersion = parseVersion(value, what); }},
           {"screens", listInto(changed.screens, parseScreen)},
           {"applications", listInto(changed.applications, parseApplication)},
+          {"appIdentifierPrefix", optionalTextInto(changed.appIdentifierPrefix)},
+          {"appGroup", booleanInto(changed.appGroup)},
+          {"credentialStore", objectInto(changed.credentialStore, membersOf)},
+          {"keychain", objectInto(changed.keychain, membersOf)},
+          {"random", booleanInto(changed.random)},
           {"mainWindow", booleanInto(changed.mainWindow)},
           {"mainWindowVisible", booleanInto(changed.mainWindowVisible)},
       });

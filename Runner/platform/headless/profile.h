@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -23,10 +24,27 @@ struct Profile {
     bool icon = false;
     bool active = false;  ///< in front; at most one is
   };
+  struct CredentialStore {
+    bool isEnabled = true;
+    bool supportsIncrementalUpdates = true;
+    bool success = true;
+    std::optional<std::string> error;  ///< fails each operation
+  };
+  /// The status that each call of the keychain answers with, changing nothing.
+  struct KeychainStatuses {
+    std::optional<std::int32_t> update;
+    std::optional<std::int32_t> add;
+    std::optional<std::int32_t> remove;
+  };
 
   NSOperatingSystemVersion osVersion{14, 0, 0};
   std::vector<Screen> screens{{{{0, 0}, {1440, 900}}, {{0, 0}, {1440, 875}}}};
   std::vector<Application> applications{{"org.example.editor", "Editor", true, true}};
+  std::optional<std::string> appIdentifierPrefix = "TEAM123456";  ///< of the Info dictionary
+  bool appGroup = true;                                           ///< has an app-group container
+  CredentialStore credentialStore;
+  KeychainStatuses keychain;
+  bool random = true;             ///< the random source works
   bool mainWindow = true;         ///< the main interface file makes the main window
   bool mainWindowVisible = true;  ///< and puts it on screen
 };

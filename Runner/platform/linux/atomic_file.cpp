@@ -12,6 +12,9 @@
 namespace norvane {
 namespace {
 
+// Between the target's name and the six characters of mkostemp.
+constexpr const char* kTemporaryMark = ".tmp-";
+
 std::error_code lastError() { return {errno, std::generic_category()}; }
 
 [[noreturn]] void fail(const std::string& path, std::error_code error) {
@@ -35,7 +38,8 @@ std::error_code writeAll(int fd, std::string_view content) {
 void writeFileAtomically(const std::string& path, std::span<const std::byte> content) {
   const auto target = std::filesystem::path(path);
   std::string temporary =
-      (target.parent_path() / ("." + target.filename().string() + ".XXXXXX")).string();
+      (target.parent_path() / ("." + target.filename().string() + kTemporaryMark + "XXXXXX"))
+          .string();
   const FileDescriptor file(::mkostemp(temporary.data(), O_CLOEXEC));
   if (!file) fail(path, lastError());
 
@@ -54,10 +58,21 @@ void writeFileAtomically(const std::string& path, std::span<const std::byte> con
   if (!directory || ::fsync(directory.get()) != 0) fail(path, lastError());
 }
 
-std::string readFile(const std::string& path) {
+void sweepTemporaryFiles(const std::string& directory) {
+  std::error_code ignored;  // what cannot be listed or removed stays
+  for (const auto& entry : std::filesystem::directory_iterator(directory, ignored)) {
+    const std::string name = entry.path().filename().string();
+    const auto mark = name.rfind(kTemporaryMark);
+    if (name.starts_with('.') && mark != std::string::npos && name.size() - mark == 11) {
+      std::filesystem::remove(entry.path(), ignored);
+    }
+  }
+}
+
+Bytes readFile(const std::string& path) {
   const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
   if (!file) fail(path, lastError());
-  std::string content;
+  Bytes content;
   for (;;) {
     constexpr std::size_t kStep = 64 * 1024;
     const std::size_t size = content.size();

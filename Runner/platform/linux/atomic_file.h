@@ -6,6 +6,8 @@
 #include <string_view>
 #include <system_error>
 
+#include "platform/secure_memory.h"
+
 namespace norvane {
 
 /// Replaces the file at `path` whole: a reader, or a machine that loses power, finds the old
@@ -13,10 +15,18 @@ namespace norvane {
 /// replaced, not followed. Any thread. Throws std::system_error, having removed what it had begun.
 void writeFileAtomically(const std::string& path, std::span<const std::byte> content);
 
+/// Removes what writeFileAtomically has left in `directory` in a process that was killed. Nobody
+/// else may be writing there.
+void sweepTemporaryFiles(const std::string& directory);
+
 /// Writes all of `content`, through interruptions and short writes.
 std::error_code writeAll(int fd, std::string_view content);
 
 /// The whole file; throws std::system_error.
-std::string readFile(const std::string& path);
+Bytes readFile(const std::string& path);
+
+inline std::string_view textOf(const Bytes& bytes) {
+  return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
 
 }  // namespace norvane

@@ -8,6 +8,7 @@
 
 #include <glib.h>
 
+#include "platform/linux/worker_serial_queue.h"
 #include "platform/log.h"
 
 namespace norvane {
@@ -62,13 +63,7 @@ GlibDispatch::GlibDispatch() : loop_(g_main_loop_new(nullptr, FALSE)) {
 }
 
 GlibDispatch::~GlibDispatch() {
-  {
-    const std::lock_guard lock(workMutex_);
-    ending_ = true;
-    workTasks_.clear();
-  }
-  workReady_.notify_all();
-  for (std::thread& worker : workers_) worker.join();
+  endWorkers();
   g_source_destroy(source_);
   g_source_unref(source_);
   g_main_loop_unref(loop_);
@@ -103,6 +98,7 @@ void GlibDispatch::mainAfter(double seconds, Task task) {
 
 void GlibDispatch::globalAsync(Task task) {
   const std::lock_guard lock(workMutex_);
+  if (ending_) return;
   workTasks_.push_back(std::move(task));
   const std::size_t limit = std::max(2U, std::thread::hardware_concurrency());
   if (idleWorkers_ < workTasks_.size() && workers_.size() < limit) {
@@ -131,10 +127,27 @@ void GlibDispatch::work() {
   }
 }
 
+std::shared_ptr<SerialQueue> GlibDispatch::makeSerialQueue() {
+  return std::make_shared<WorkerSerialQueue>(*this);
+}
+
 bool GlibDispatch::isMainThread() const { return std::this_thread::get_id() == mainThread_; }
 
 void GlibDispatch::run() {
   if (!quitting_) g_main_loop_run(loop_);
+  endWorkers();
+}
+
+void GlibDispatch::endWorkers() {
+  std::deque<Task> dropped;
+  {
+    const std::lock_guard lock(workMutex_);
+    ending_ = true;
+    dropped.swap(workTasks_);
+  }
+  workReady_.notify_all();
+  for (std::thread& worker : workers_) worker.join();
+  workers_.clear();
 }
 
 void GlibDispatch::quit() {

@@ -19,15 +19,16 @@ namespace norvane {
 class GlibDispatch : public Dispatch {
  public:
   GlibDispatch();
-  /// Waits for the workers' running tasks; those that have not begun are dropped.
   ~GlibDispatch() override;
 
   void mainAsync(Task task) override;
   void mainAfter(double seconds, Task task) override;
   void globalAsync(Task task) override;
+  std::shared_ptr<SerialQueue> makeSerialQueue() override;
   bool isMainThread() const override;
 
-  /// Runs the main loop until `quit`; main thread.
+  /// Runs the main loop until `quit`, then ends the workers: their running tasks finish, those that
+  /// have not begun are dropped, and nothing that is submitted later runs. Main thread.
   void run();
   /// Ends `run` after the current turn, or before its first one; main thread.
   void quit();
@@ -38,6 +39,7 @@ class GlibDispatch : public Dispatch {
   bool mainQueueHasTasks();
   void runNextMainTask();
   void work();
+  void endWorkers();
 
   const std::thread::id mainThread_ = std::this_thread::get_id();
   _GMainLoop* loop_;

@@ -23,7 +23,7 @@ JsonUserDefaults::JsonUserDefaults(std::string path, Log& log) : path_(std::move
 
 void JsonUserDefaults::load() {
   if (!std::filesystem::exists(path_)) return;
-  const JsonDocument document = parseJson(readFile(path_));
+  const JsonDocument document = parseJson(textOf(readFile(path_)));
   for (const auto& [key, value] : expectObject(document, "the file").GetObject()) {
     if (value.IsBool()) {
       values_[std::string(textOf(key))] = value.GetBool();

@@ -15,10 +15,6 @@ std::string LinuxBundle::bundlePath() const {
   return executable.parent_path().parent_path().parent_path().string();
 }
 
-bool LinuxFileManager::fileExistsAtPath(const std::string& path) const {
-  return ::access(path.c_str(), F_OK) == 0;
-}
-
 bool LinuxDynamicLoader::dlopen(const std::string& path) {
   return ::dlopen(path.c_str(), RTLD_NOW | RTLD_GLOBAL) != nullptr;
 }

@@ -5,7 +5,6 @@
 
 #include "platform/dynamic_loader.h"
 #include "platform/ns_bundle.h"
-#include "platform/ns_file_manager.h"
 
 namespace norvane {
 
@@ -13,11 +12,6 @@ namespace norvane {
 class LinuxBundle : public NSBundle {
  public:
   std::string bundlePath() const override;
-};
-
-class LinuxFileManager : public NSFileManager {
- public:
-  bool fileExistsAtPath(const std::string& path) const override;
 };
 
 class LinuxDynamicLoader : public DynamicLoader {

@@ -1,0 +1,66 @@
+#include "autofill/snapshot_sync.h"
+
+#include <array>
+#include <cstdint>
+#include <utility>
+
+#include "platform/json_array_writer.h"
+#include "platform/ns_file_manager.h"
+#include "platform/platform.h"
+#include "storage/app_group_snapshot.h"
+#include "storage/shared_keychain.h"
+#include "storage/snapshot_crypto.h"
+
+namespace norvane {
+namespace {
+
+constexpr std::array<std::string_view, 5> kMembers{"id", "title", "url", "username", "password"};
+
+/// Appends the entry of each item that makes one; gives their number.
+std::int64_t writeEntries(const Items& items, JsonArrayWriter& json) {
+  std::int64_t written = 0;
+  for (const FlutterValueView item : items) {
+    const auto [id, title, url, username, password] = textMembers(item, kMembers);
+    if (!id || !username || !isNotEmpty(password)) continue;
+    const std::array<JsonMember, 5> entry{{{"id", *id},
+                                           {"title", title.value_or("")},
+                                           {"url", url.value_or("")},
+                                           {"username", *username},
+                                           {"password", *password}}};
+    json.object(entry);
+    ++written;
+  }
+  json.finish();
+  return written;
+}
+
+}  // namespace
+
+FlutterValue writeSnapshot(const Items& items, const std::string& accessGroup) {
+  Plaintext plaintext(items.messageSize());  // seldom more: an item has members that no entry has
+  JsonArrayWriter json(plaintext.text());
+  const std::int64_t written = writeEntries(items, json);
+
+  SessionKey key;
+  SnapshotCrypto::generateSessionKey(key);
+  const SecureBuffer envelope = SnapshotCrypto::encrypt(std::move(plaintext), key.bytes);
+  SharedKeychain::saveSessionKey(key.bytes, accessGroup);
+  platform().fileManager.writeAtomically({envelope.data(), envelope.size()},
+                                         AppGroupSnapshot::snapshotURL());
+  return FlutterMap{{"written", written}, {"encrypted", true}};
+}
+
+void removeSnapshot(const std::string& accessGroup) noexcept {
+  try {
+    SharedKeychain::deleteSessionKey(accessGroup);
+  } catch (...) {
+    // The file goes all the same.
+  }
+  try {
+    AppGroupSnapshot::deleteSnapshot();
+  } catch (...) {
+    // What cannot be removed stays; the extension has no key for it.
+  }
+}
+
+}  // namespace norvane

@@ -1,0 +1,92 @@
+#include "platform/headless/console_state.h"
+
+#include <string>
+#include <variant>
+
+#include "platform/headless/headless_platform.h"
+#include "platform/headless/json_members.h"
+
+namespace norvane {
+namespace {
+
+void writeWindow(JsonWriter& writer, const HeadlessDesktop& desktop, const NSWindow& window) {
+  const HeadlessWindow& native = desktop.nativeWindow(window);
+  const NSRect frame = native.frame();
+  writer.StartObject();
+  member(writer, "class", window.className());
+  member(writer, "visible", native.isVisible());
+  member(writer, "key", desktop.isKey(window));
+  member(writer, "frame", {frame.origin.x, frame.origin.y, frame.size.width, frame.size.height});
+  member(writer, "minSize", {native.minSize().width, native.minSize().height});
+  member(writer, "styleMask", std::int64_t{native.styleMask()});
+  member(writer, "level", std::int64_t{native.level()});
+  member(writer, "autosaveName", window.frameAutosaveName());
+  writer.EndObject();
+}
+
+void writeItem(JsonWriter& writer, const KeychainDirectory::Item& item) {
+  writer.StartObject();
+  member(writer, "service", item.name.service);
+  member(writer, "account", item.name.account);
+  member(writer, "accessGroup", std::optional<std::string_view>(item.name.accessGroup));
+  member(writer, "accessible", item.accessible);
+  member(writer, "synchronizable", item.synchronizable);
+  member(writer, "bytes", static_cast<std::int64_t>(item.value.size()));
+  writer.EndObject();
+}
+
+void writeIdentity(JsonWriter& writer, const ASPasswordCredentialIdentity& identity) {
+  const bool isUrl = identity.serviceIdentifier.type == ASCredentialServiceIdentifier::Type::URL;
+  writer.StartObject();
+  member(writer, "recordIdentifier", identity.recordIdentifier);
+  member(writer, "user", identity.user);
+  member(writer, "service", identity.serviceIdentifier.identifier);
+  member(writer, "type", isUrl ? "URL" : "domain");
+  writer.EndObject();
+}
+
+void writeIdentity(JsonWriter& writer, const ASPasskeyCredentialIdentity& identity) {
+  writer.StartObject();
+  member(writer, "recordIdentifier", identity.recordIdentifier);
+  member(writer, "relyingParty", identity.relyingPartyIdentifier);
+  member(writer, "userName", identity.userName);
+  base64Member(writer, "credentialID", identity.credentialID);
+  base64Member(writer, "userHandle", identity.userHandle);
+  writer.EndObject();
+}
+
+template <class List, class Write>
+void list(JsonWriter& writer, const char* key, const List& elements, Write write) {
+  writer.Key(key);
+  writer.StartArray();
+  for (const auto& element : elements) write(element);
+  writer.EndArray();
+}
+
+}  // namespace
+
+void writeState(JsonWriter& writer, HeadlessPlatform& host) {
+  writer.StartObject();
+  member(writer, "desktop", "state");
+  list(writer, "windows", host.application.windows(),
+       [&](const auto& window) { writeWindow(writer, host.desktop, *window); });
+  member(writer, "active", host.desktop.isActive());
+  member(writer, "frontApplication",
+         std::optional<std::string_view>(host.desktop.frontApplication()));
+  list(writer, "keychain", host.keychain.items(),
+       [&](const auto& item) { writeItem(writer, item); });
+  const auto writeEach = [&](const auto& identity) { writeIdentity(writer, identity); };
+  host.credentialStore.inspect([&](CredentialIdentityDatabase& database) {
+    list(writer, "passwordIdentities", database.passwords(), writeEach);
+    list(writer, "passkeyIdentities", database.passkeys(), writeEach);
+  });
+  writer.Key("userDefaults");
+  writer.StartObject();
+  for (const auto& [key, value] : host.userDefaults.values()) {
+    std::visit([&, &key = key](const auto& known) { member(writer, key.c_str(), known); }, value);
+  }
+  writer.EndObject();
+  writer.EndObject();
+}
+
+}  // namespace norvane

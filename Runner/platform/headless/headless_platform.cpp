@@ -1,0 +1,70 @@
+#include "platform/headless/headless_platform.h"
+
+#include <utility>
+
+#include "platform/linux/atomic_file.h"
+
+namespace norvane {
+namespace {
+
+std::string containerPath(const std::string& dataDirectory, const std::string& group) {
+  return dataDirectory + "/Group Containers/" + group;
+}
+
+/// Removes what writes that a kill has cut off have left behind.
+std::string swept(const std::string& dataDirectory) {
+  sweepTemporaryFiles(dataDirectory);
+  sweepTemporaryFiles(containerPath(dataDirectory, "group.cn.kestrio.norvane") +
+                      "/Library/Application Support");
+  return dataDirectory;
+}
+
+}  // namespace
+
+std::optional<std::string> HeadlessBundle::infoText(const std::string& key) const {
+  if (key != "AppIdentifierPrefix") return std::nullopt;
+  return profile_.get(&Profile::appIdentifierPrefix);
+}
+
+std::optional<std::string> HeadlessFileManager::containerURLForSecurityApplicationGroupIdentifier(
+    const std::string& group) {
+  if (!profile_.get(&Profile::appGroup)) return std::nullopt;
+  return containerPath(dataDirectory_, group);
+}
+
+std::int32_t HeadlessCrypto::SecRandomCopyBytes(std::span<std::uint8_t> bytes) {
+  constexpr std::int32_t kFailed = -1;
+  return profile_.get(&Profile::random) ? OpenSslCrypto::SecRandomCopyBytes(bytes) : kFailed;
+}
+
+HeadlessPlatform::HeadlessPlatform(Profile initialProfile, const std::string& dataDirectory,
+                                   Dispatch& dispatch, Log& log, std::function<void()> quit)
+    : profile(std::move(initialProfile)),
+      bundle(profile),
+      fileManager(swept(dataDirectory), profile),
+      crypto(profile),
+      keychain(dataDirectory, profile),
+      credentialStore(dataDirectory, profile, dispatch),
+      userDefaults(dataDirectory + "/user-defaults.json", log),
+      desktop(profile, dispatch, std::move(quit)),
+      platform{
+          .application = application,
+          .credentialIdentityStore = credentialStore,
+          .crypto = crypto,
+          .dispatch = dispatch,
+          .dynamicLoader = loader,
+          .fileManager = fileManager,
+          .flutter = ui,
+          .keychain = keychain,
+          .log = log,
+          .mainBundle = bundle,
+          .processInfo = desktop,
+          .screens = desktop,
+          .userDefaults = userDefaults,
+          .windowServer = desktop,
+      },
+      installed(platform) {}
+
+HeadlessPlatform::~HeadlessPlatform() { application.releaseAll(); }
+
+}  // namespace norvane

@@ -1,0 +1,41 @@
+#include "platform/headless/json_members.h"
+
+#include <memory>
+
+#include <glib.h>
+
+namespace norvane {
+
+void member(JsonWriter& writer, const char* key, std::optional<std::string_view> text) {
+  writer.Key(key);
+  if (text) {
+    writeText(writer, *text);
+  } else {
+    writer.Null();
+  }
+}
+
+void member(JsonWriter& writer, const char* key, std::initializer_list<double> numbers) {
+  writer.Key(key);
+  writer.StartArray();
+  for (const double number : numbers) writer.Double(number);
+  writer.EndArray();
+}
+
+void member(JsonWriter& writer, const char* key, bool value) {
+  writer.Key(key);
+  writer.Bool(value);
+}
+
+void member(JsonWriter& writer, const char* key, std::int64_t value) {
+  writer.Key(key);
+  writer.Int64(value);
+}
+
+void base64Member(JsonWriter& writer, const char* key, std::span<const std::uint8_t> bytes) {
+  const std::unique_ptr<char, decltype(&g_free)> text(g_base64_encode(bytes.data(), bytes.size()),
+                                                      g_free);
+  member(writer, key, text.get());
+}
+
+}  // namespace norvane

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+
+namespace norvane {
+
+/// Result codes of the keychain, as the home system numbers them.
+using OSStatus = std::int32_t;
+inline constexpr OSStatus errSecSuccess = 0;
+inline constexpr OSStatus errSecIO = -36;
+inline constexpr OSStatus errSecDuplicateItem = -25299;
+inline constexpr OSStatus errSecItemNotFound = -25300;
+
+inline constexpr const char* kSecAttrAccessibleAfterFirstUnlockThisDeviceOnly =
+    "kSecAttrAccessibleAfterFirstUnlockThisDeviceOnly";
+
+/// Names generic-password items. Without a group it names the items of every group.
+struct KeychainQuery {
+  std::string service;                     ///< kSecAttrService
+  std::string account;                     ///< kSecAttrAccount
+  std::optional<std::string> accessGroup;  ///< kSecAttrAccessGroup
+};
+
+/// What is set of an item when it is updated or added.
+struct KeychainAttributes {
+  std::span<const std::uint8_t> valueData;  ///< kSecValueData
+  std::string accessible;                   ///< kSecAttrAccessible
+};
+
+/// The keychain. Any thread; each call is complete when it returns, and says what has happened.
+class Keychain {
+ public:
+  virtual ~Keychain() = default;
+
+  /// errSecItemNotFound when no item matches.
+  virtual OSStatus SecItemUpdate(const KeychainQuery& query,
+                                 const KeychainAttributes& attributes) = 0;
+  /// errSecDuplicateItem when there is one already.
+  virtual OSStatus SecItemAdd(const KeychainQuery& item, const KeychainAttributes& attributes,
+                              bool synchronizable) = 0;
+  /// Deletes every item that matches; errSecItemNotFound when none does.
+  virtual OSStatus SecItemDelete(const KeychainQuery& query) = 0;
+};
+
+}  // namespace norvane

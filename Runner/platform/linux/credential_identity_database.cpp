@@ -1,0 +1,123 @@
+#include "platform/linux/credential_identity_database.h"
+
+#include <utility>
+
+#include <SQLiteCpp/SQLiteCpp.h>
+
+namespace norvane {
+namespace {
+
+using Type = ASCredentialServiceIdentifier::Type;
+
+constexpr const char* kSchema = R"(
+  CREATE TABLE IF NOT EXISTS password (
+    position INTEGER PRIMARY KEY, record TEXT NOT NULL, user TEXT NOT NULL,
+    service TEXT NOT NULL, is_url INTEGER NOT NULL);
+  CREATE TABLE IF NOT EXISTS passkey (
+    position INTEGER PRIMARY KEY, record TEXT NOT NULL, relying_party TEXT NOT NULL,
+    user_name TEXT NOT NULL, credential BLOB NOT NULL, user_handle BLOB NOT NULL))";
+
+std::vector<std::uint8_t> blob(const SQLite::Column& column) {
+  const auto* bytes = static_cast<const std::uint8_t*>(column.getBlob());
+  return {bytes, bytes + column.getBytes()};
+}
+
+// A null pointer would be bound as NULL; no bytes are still a value.
+void bindBlob(SQLite::Statement& statement, int index, const std::vector<std::uint8_t>& bytes) {
+  statement.bind(index, bytes.empty() ? "" : static_cast<const void*>(bytes.data()),
+                 static_cast<int>(bytes.size()));
+}
+
+}  // namespace
+
+CredentialIdentityDatabase::CredentialIdentityDatabase(std::string path) : path_(std::move(path)) {}
+
+CredentialIdentityDatabase::~CredentialIdentityDatabase() = default;
+
+SQLite::Database& CredentialIdentityDatabase::database() {
+  if (!database_) {
+    auto opened =
+        std::make_unique<SQLite::Database>(path_, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
+    opened->exec(kSchema);
+    database_ = std::move(opened);
+  }
+  return *database_;
+}
+
+void CredentialIdentityDatabase::replacePasswords(
+    const std::vector<ASPasswordCredentialIdentity>& identities) {
+  SQLite::Transaction transaction(database());
+  database().exec("DELETE FROM password");
+  SQLite::Statement insert(database(),
+                           "INSERT INTO password (record, user, service, is_url) "
+                           "VALUES (?, ?, ?, ?)");
+  for (const auto& identity : identities) {
+    insert.bind(1, identity.recordIdentifier);
+    insert.bind(2, identity.user);
+    insert.bind(3, identity.serviceIdentifier.identifier);
+    insert.bind(4, identity.serviceIdentifier.type == Type::URL);
+    insert.exec();
+    insert.reset();
+  }
+  transaction.commit();
+}
+
+void CredentialIdentityDatabase::addPasskeys(
+    const std::vector<ASPasskeyCredentialIdentity>& identities) {
+  SQLite::Transaction transaction(database());
+  SQLite::Statement insert(
+      database(),
+      "INSERT INTO passkey (record, relying_party, user_name, credential, user_handle) "
+      "VALUES (?, ?, ?, ?, ?)");
+  for (const auto& identity : identities) {
+    insert.bind(1, identity.recordIdentifier);
+    insert.bind(2, identity.relyingPartyIdentifier);
+    insert.bind(3, identity.userName);
+    bindBlob(insert, 4, identity.credentialID);
+    bindBlob(insert, 5, identity.userHandle);
+    insert.exec();
+    insert.reset();
+  }
+  transaction.commit();
+}
+
+void CredentialIdentityDatabase::removeAll() {
+  SQLite::Transaction transaction(database());
+  database().exec("DELETE FROM password");
+  database().exec("DELETE FROM passkey");
+  transaction.commit();
+}
+
+std::vector<ASPasswordCredentialIdentity> CredentialIdentityDatabase::passwords() {
+  std::vector<ASPasswordCredentialIdentity> identities;
+  SQLite::Statement select(database(),
+                           "SELECT record, user, service, is_url FROM password ORDER BY position");
+  while (select.executeStep()) {
+    identities.push_back({
+        .serviceIdentifier = {.identifier = select.getColumn(2).getString(),
+                              .type = select.getColumn(3).getInt() ? Type::URL : Type::domain},
+        .user = select.getColumn(1).getString(),
+        .recordIdentifier = select.getColumn(0).getString(),
+    });
+  }
+  return identities;
+}
+
+std::vector<ASPasskeyCredentialIdentity> CredentialIdentityDatabase::passkeys() {
+  std::vector<ASPasskeyCredentialIdentity> identities;
+  SQLite::Statement select(database(),
+                           "SELECT record, relying_party, user_name, credential, user_handle "
+                           "FROM passkey ORDER BY position");
+  while (select.executeStep()) {
+    identities.push_back({
+        .relyingPartyIdentifier = select.getColumn(1).getString(),
+        .userName = select.getColumn(2).getString(),
+        .credentialID = blob(select.getColumn(3)),
+        .userHandle = blob(select.getColumn(4)),
+        .recordIdentifier = select.getColumn(0).getString(),
+    });
+  }
+  return identities;
+}
+
+}  // namespace norvane

@@ -1,0 +1,47 @@
+#include "platform/linux/linux_file_manager.h"
+
+#include <cerrno>
+#include <filesystem>
+#include <system_error>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "platform/linux/atomic_file.h"
+
+namespace norvane {
+namespace {
+
+[[noreturn]] void fail(const std::string& path) {
+  throw std::system_error(errno, std::generic_category(), path);
+}
+
+}  // namespace
+
+bool LinuxFileManager::fileExistsAtPath(const std::string& path) const {
+  return ::access(path.c_str(), F_OK) == 0;
+}
+
+void LinuxFileManager::createDirectory(const std::string& path) {
+  if (::mkdir(path.c_str(), 0700) == 0) return;
+  if (errno == ENOENT) {
+    createDirectory(std::filesystem::path(path).parent_path().string());
+    if (::mkdir(path.c_str(), 0700) == 0) return;
+  }
+  if (errno != EEXIST) fail(path);
+  if (!std::filesystem::is_directory(path)) {
+    errno = ENOTDIR;
+    fail(path);
+  }
+}
+
+void LinuxFileManager::writeAtomically(std::span<const std::uint8_t> data,
+                                       const std::string& path) {
+  writeFileAtomically(path, std::as_bytes(data));
+}
+
+void LinuxFileManager::removeItem(const std::string& path) {
+  if (::unlink(path.c_str()) != 0) fail(path);
+}
+
+}  // namespace norvane

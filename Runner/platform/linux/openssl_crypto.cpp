@@ -1,0 +1,88 @@
+#include "platform/linux/openssl_crypto.h"
+
+#include <algorithm>
+#include <memory>
+
+#include <dlfcn.h>
+#include <openssl/evp.h>
+#include <openssl/rand.h>
+
+namespace norvane {
+namespace {
+
+// errSecInternalComponent of the home system; any status but 0 is a failure.
+constexpr std::int32_t kRandomFailed = -2070;
+// EVP counts in int.
+constexpr std::size_t kLongestUpdate = 1 << 30;
+
+/// The functions of libcrypto that are used, with the types of its own headers.
+struct LibCrypto {
+  decltype(&::RAND_bytes) randBytes = nullptr;
+  decltype(&::EVP_CIPHER_CTX_new) contextNew = nullptr;
+  decltype(&::EVP_CIPHER_CTX_free) contextFree = nullptr;
+  decltype(&::EVP_aes_256_gcm) aes256Gcm = nullptr;
+  decltype(&::EVP_EncryptInit_ex) encryptInit = nullptr;
+  decltype(&::EVP_EncryptUpdate) encryptUpdate = nullptr;
+  decltype(&::EVP_EncryptFinal_ex) encryptFinal = nullptr;
+  decltype(&::EVP_CIPHER_CTX_ctrl) contextControl = nullptr;
+  bool loaded = false;
+
+  static const LibCrypto& instance() {
+    static const LibCrypto library;
+    return library;
+  }
+
+ private:
+  LibCrypto() {
+    void* handle = ::dlopen("libcrypto.so.3", RTLD_NOW | RTLD_LOCAL);
+    if (!handle) return;
+    const auto find = [&](auto& function, const char* name) {
+      function =
+          reinterpret_cast<std::remove_reference_t<decltype(function)>>(::dlsym(handle, name));
+      return function != nullptr;
+    };
+    loaded = find(randBytes, "RAND_bytes") && find(contextNew, "EVP_CIPHER_CTX_new") &&
+             find(contextFree, "EVP_CIPHER_CTX_free") && find(aes256Gcm, "EVP_aes_256_gcm") &&
+             find(encryptInit, "EVP_EncryptInit_ex") && find(encryptUpdate, "EVP_EncryptUpdate") &&
+             find(encryptFinal, "EVP_EncryptFinal_ex") &&
+             find(contextControl, "EVP_CIPHER_CTX_ctrl");
+  }
+};
+
+}  // namespace
+
+std::int32_t OpenSslCrypto::SecRandomCopyBytes(std::span<std::uint8_t> bytes) {
+  const LibCrypto& library = LibCrypto::instance();
+  if (!library.loaded) return kRandomFailed;
+  return library.randBytes(bytes.data(), static_cast<int>(bytes.size())) == 1 ? 0 : kRandomFailed;
+}
+
+bool OpenSslCrypto::sealAESGCM(std::span<const std::uint8_t, 32> key, std::span<std::uint8_t> box) {
+  const LibCrypto& library = LibCrypto::instance();
+  const auto nonce = box.first(kAesGcmNonceSize);
+  auto text = box.subspan(kAesGcmNonceSize, box.size() - kAesGcmNonceSize - kAesGcmTagSize);
+  const auto tag = box.last(kAesGcmTagSize);
+  if (SecRandomCopyBytes(nonce) != 0) return false;
+
+  // Freeing the context wipes the key schedule that it holds.
+  const std::unique_ptr<EVP_CIPHER_CTX, decltype(&::EVP_CIPHER_CTX_free)> context(
+      library.contextNew(), library.contextFree);
+  if (!context || library.encryptInit(context.get(), library.aes256Gcm(), nullptr, key.data(),
+                                      nonce.data()) != 1) {
+    return false;
+  }
+  int written = 0;
+  while (!text.empty()) {
+    const std::size_t step = std::min(text.size(), kLongestUpdate);
+    if (library.encryptUpdate(context.get(), text.data(), &written, text.data(),
+                              static_cast<int>(step)) != 1) {
+      return false;
+    }
+    text = text.subspan(step);
+  }
+  return library.encryptFinal(context.get(), tag.data(), &written) == 1 &&
+         library.contextControl(context.get(), EVP_CTRL_GCM_GET_TAG, kAesGcmTagSize, tag.data()) ==
+             1;
+}
+
+}  // namespace norvane

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <functional>
+
+#include "platform/unique_function.h"
+
+namespace norvane {
+
+/// Runs its tasks on worker threads, one after another, in the order of their submission. Tasks
+/// that were submitted run also when the queue object is gone.
+class SerialQueue {
+ public:
+  virtual ~SerialQueue() = default;
+
+  /// Any thread; returns without waiting.
+  virtual void async(Task task) = 0;
+
+  /// Waits until the tasks submitted before have finished, then runs `task` on this thread before
+  /// any that is submitted later. Never called by a task of a queue.
+  virtual void sync(const std::function<void()>& task) = 0;
+};
+
+}  // namespace norvane

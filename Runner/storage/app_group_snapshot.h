@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+
+namespace norvane {
+
+/// The files that the AutoFill extension reads, in the application group's container. Any thread.
+/// Locations are paths; the file need not exist, but looking it up makes its directory. Besides the
+/// errors named, those of the file system pass through.
+struct AppGroupSnapshot {
+  /// Raises AppGroupSnapshotError::containerUnavailable.
+  static std::string containerURL();
+  /// The location of a file of the container's support directory.
+  static std::string supportFileURL(const std::string& name);
+  static std::string snapshotURL();
+  /// A missing file is success.
+  static void deleteSnapshot();
+};
+
+}  // namespace norvane
