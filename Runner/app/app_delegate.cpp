@@ -4,6 +4,7 @@
 #include "platform/log.h"
 #include "platform/ns_application.h"
 #include "platform/platform.h"
+#include "quick_access/qa_panel_controller.h"
 #include "window/main_flutter_window.h"
 
 namespace norvane {
@@ -24,7 +25,17 @@ void showMainWindowIfHidden() {
 
 }  // namespace
 
+AppDelegate::AppDelegate() : qaPanel(std::make_shared<QAPanelController>()) {}
+
+AppDelegate::~AppDelegate() = default;
+
+std::shared_ptr<AppDelegate> AppDelegate::current() {
+  return std::dynamic_pointer_cast<AppDelegate>(platform().application.delegate());
+}
+
 void AppDelegate::applicationDidFinishLaunching() {
+  installGlobalHotkey();
+  installStatusItem();
   platform().application.appleEventManager().setEventHandler(
       [self = weak_from_this()](const auto& event, auto&) {
         if (const auto delegate = self.lock()) delegate->handleGetURLEvent(event);
@@ -41,12 +52,6 @@ bool AppDelegate::applicationShouldHandleReopen(bool hasVisibleWindows) {
     platform().application.activateIgnoringOtherApps();
   }
   return true;
-}
-
-void AppDelegate::handleGetURLEvent(const NSAppleEventDescriptor& event) {
-  const NSAppleEventDescriptor* url = event.paramDescriptorForKeyword(keyDirectObject);
-  if (!url || !url->stringValue()) return;
-  if (const auto window = MainFlutterWindow::first()) window->dispatchDeeplink(*url->stringValue());
 }
 
 }  // namespace norvane

@@ -5,10 +5,11 @@
 #include <span>
 #include <string>
 
+#include "platform/os_status.h"
+
 namespace norvane {
 
-/// Result codes of the keychain, as the home system numbers them.
-using OSStatus = std::int32_t;
+// Result codes of the keychain.
 inline constexpr OSStatus errSecSuccess = 0;
 inline constexpr OSStatus errSecIO = -36;
 inline constexpr OSStatus errSecDuplicateItem = -25299;

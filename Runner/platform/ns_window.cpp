@@ -35,6 +35,18 @@ void NSWindow::setFrame(const NSRect& frame, bool /*display*/, bool animate) {
   frameDidChange();
 }
 
+void NSWindow::setFrameOrigin(const NSPoint& origin) {
+  setFrame({origin, frame().size}, /*display=*/true, /*animate=*/false);
+}
+
+void NSWindow::setContentSize(const NSSize& size) {
+  setFrame({frame().origin, size}, /*display=*/true, /*animate=*/false);
+}
+
+void NSWindow::didResignKey() {
+  if (const auto delegate = delegate_.lock()) delegate->windowDidResignKey(*this);
+}
+
 void NSWindow::setFrameAutosaveName(const std::string& name) {
   frameAutosaveName_ = name;
   if (name.empty()) return;

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "platform/geometry.h"
 #include "platform/window_server.h"
@@ -9,6 +10,16 @@
 namespace norvane {
 
 class FlutterViewController;
+
+class NSWindow;
+
+/// Hears of what happens to a window. Main thread.
+class NSWindowDelegate {
+ public:
+  virtual ~NSWindowDelegate() = default;
+  /// The window is no longer the one that the keyboard speaks to.
+  virtual void windowDidResignKey(NSWindow& window) = 0;
+};
 
 /// A window of the application. Made with `NSApplication::makeWindow`, which owns it. Main thread.
 class NSWindow : public std::enable_shared_from_this<NSWindow> {
@@ -21,6 +32,10 @@ class NSWindow : public std::enable_shared_from_this<NSWindow> {
 
   virtual std::string className() const { return "NSWindow"; }
 
+  /// Whether the window may be the one that the keyboard speaks to, and the application's main one.
+  virtual bool canBecomeKeyWindow() const { return true; }
+  virtual bool canBecomeMainWindow() const { return true; }
+
   /// Called once, when the main interface file that made the window is loaded.
   virtual void awakeFromNib() {}
 
@@ -32,6 +47,7 @@ class NSWindow : public std::enable_shared_from_this<NSWindow> {
 
   void orderFront() { native_->orderFront(); }
   void makeKeyAndOrderFront() { native_->makeKeyAndOrderFront(); }
+  void orderOut() { native_->orderOut(); }
   bool isVisible() const { return native_->isVisible(); }
 
   /// Takes the window off screen; the application lets it go, unless that was turned off.
@@ -40,19 +56,29 @@ class NSWindow : public std::enable_shared_from_this<NSWindow> {
 
   NSRect frame() const { return native_->frame(); }
   void setFrame(const NSRect& frame, bool display, bool animate);
+  void setFrameOrigin(const NSPoint& origin);
+  /// Without a title bar the content is as large as the frame.
+  void setContentSize(const NSSize& size);
   void setMinSize(const NSSize& size) { native_->setMinSize(size); }
+  void setAppearance(const WindowAppearance& appearance) { native_->setAppearance(appearance); }
+
+  void setDelegate(std::weak_ptr<NSWindowDelegate> delegate) { delegate_ = std::move(delegate); }
 
   /// While the name is not empty, every change of the frame is kept in the user defaults under
   /// "NSWindow Frame " and the name. Setting it applies the frame that is kept there.
   void setFrameAutosaveName(const std::string& name);
   const std::string& frameAutosaveName() const { return frameAutosaveName_; }
 
-  /// The desktop's side: the person or the desktop has moved or resized the window.
+  // The desktop's side
+
+  /// The person or the desktop has moved or resized the window.
   void frameDidChange();
+  void didResignKey();
 
  private:
   std::unique_ptr<NativeWindow> native_;
   std::shared_ptr<FlutterViewController> contentViewController_;
+  std::weak_ptr<NSWindowDelegate> delegate_;
   std::string frameAutosaveName_;
   bool releasedWhenClosed_ = true;
 };

@@ -3,6 +3,7 @@
 namespace norvane {
 
 class ASCredentialIdentityStore;
+class CarbonEventManager;
 class Crypto;
 class Dispatch;
 class DynamicLoader;
@@ -12,27 +13,34 @@ class Log;
 class NSApplication;
 class NSBundle;
 class NSFileManager;
+class NSGraphics;
 class NSProcessInfo;
 class NSScreens;
+class NSStatusBar;
 class NSUserDefaults;
+class NSWorkspace;
 class WindowServer;
 
 /// Everything that the host reaches of the operating system and the UI engine.
 struct Platform {
   NSApplication& application;
+  CarbonEventManager& carbonEvents;
   ASCredentialIdentityStore& credentialIdentityStore;
   Crypto& crypto;
   Dispatch& dispatch;
   DynamicLoader& dynamicLoader;
   NSFileManager& fileManager;
   FlutterEmbedder& flutter;
+  NSGraphics& graphics;
   Keychain& keychain;
   Log& log;
   NSBundle& mainBundle;
   NSProcessInfo& processInfo;
   NSScreens& screens;
+  NSStatusBar& statusBar;
   NSUserDefaults& userDefaults;
   WindowServer& windowServer;
+  NSWorkspace& workspace;
 };
 
 /// The platform of this process. Ends the process when none is installed.

@@ -16,6 +16,25 @@ inline constexpr NSWindowStyleMask NSWindowStyleMaskTitled = 1;
 inline constexpr NSWindowStyleMask NSWindowStyleMaskClosable = 2;
 inline constexpr NSWindowStyleMask NSWindowStyleMaskMiniaturizable = 4;
 inline constexpr NSWindowStyleMask NSWindowStyleMaskResizable = 8;
+inline constexpr NSWindowStyleMask NSWindowStyleMaskNonactivatingPanel = 0x80;
+
+inline constexpr int NSNormalWindowLevel = 0;
+inline constexpr int NSFloatingWindowLevel = 3;
+
+using NSWindowCollectionBehavior = unsigned;
+inline constexpr NSWindowCollectionBehavior NSWindowCollectionBehaviorCanJoinAllSpaces = 0x1;
+inline constexpr NSWindowCollectionBehavior NSWindowCollectionBehaviorFullScreenAuxiliary = 0x100;
+
+/// How a window stands among and looks beside the others.
+struct WindowAppearance {
+  int level = NSNormalWindowLevel;
+  NSWindowCollectionBehavior collectionBehavior = 0;
+  bool opaque = true;
+  bool clearBackground = false;
+  bool hasShadow = true;
+  bool hidesOnDeactivate = false;
+  bool movableByWindowBackground = false;
+};
 
 /// One window as the desktop has it; owned by its `NSWindow`. Main thread. What the desktop does to
 /// it (focus, frame, a person's close) it tells the `NSWindow` in a later turn.
@@ -31,6 +50,7 @@ class NativeWindow {
   virtual NSRect frame() const = 0;
   virtual void setFrame(const NSRect& frame, bool animate) = 0;
   virtual void setMinSize(const NSSize& size) = 0;
+  virtual void setAppearance(const WindowAppearance& appearance) = 0;
 };
 
 /// The desktop that windows live on. Main thread.

@@ -8,6 +8,7 @@
 #include "platform/ns_application.h"
 #include "platform/ns_process_info.h"
 #include "platform/platform.h"
+#include "services/hotkey_config_channel.h"
 #include "window/core_library_loader.h"
 #include "window/plugin_registrant.h"
 
@@ -57,6 +58,8 @@ void MainFlutterWindow::openChannels(const std::shared_ptr<FlutterBinaryMessenge
         }
       });
   hotkeyChannel.emplace("norvane/hotkey", messenger);
+  FlutterMethodChannel("cn.kestrio.norvane.hotkey.config", messenger)
+      .setMethodCallHandler(handleHotkeyConfig);
   NSLog(
       "[Norvane] MainFlutterWindow channels registered (deeplink + hotkey + hotkey-config + "
       "secure-input + secure-clipboard + system-idle)");

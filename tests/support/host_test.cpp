@@ -49,19 +49,23 @@ struct HostTest::Process {
         crypto(host.crypto, test.cryptoFault),
         platform{
             .application = host.application,
+            .carbonEvents = host.hotkeys,
             .credentialIdentityStore = host.credentialStore,
             .crypto = crypto,
             .dispatch = test.dispatch,
             .dynamicLoader = host.loader,
             .fileManager = host.fileManager,
             .flutter = host.ui,
+            .graphics = host.graphics,
             .keychain = keychain,
             .log = test.log,
             .mainBundle = test.bundle,
             .processInfo = host.desktop,
             .screens = host.desktop,
+            .statusBar = host.statusBar,
             .userDefaults = host.userDefaults,
             .windowServer = host.desktop,
+            .workspace = host.desktop,
         },
         installed(platform) {
     test.bundle.real = &host.bundle;

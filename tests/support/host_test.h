@@ -42,6 +42,7 @@ class TemporaryDirectory {
 /// A bundle that lies where the test wants it; by default one with the example core library in it.
 struct MovedBundle : NSBundle {
   std::string bundlePath() const override { return path; }
+  std::optional<std::string> bundleIdentifier() const override { return real->bundleIdentifier(); }
   std::optional<std::string> infoText(const std::string& key) const override {
     return real->infoText(key);
   }

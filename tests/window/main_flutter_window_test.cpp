@@ -27,7 +27,8 @@ TEST_F(MainFlutterWindowTest, SetUpLoadsTheCoreThenOpensChannelsThenRegistersPlu
             (Lines{"[Norvane] loaded Rust library at: " + bundle.path +
                        "/Contents/Frameworks/libffi_bridge.dylib",
                    "[Norvane] MainFlutterWindow channels registered (deeplink + hotkey + "
-                   "hotkey-config + secure-input + secure-clipboard + system-idle)"}));
+                   "hotkey-config + secure-input + secure-clipboard + system-idle)",
+                   "[Norvane] global hotkey \u2318\\ registered (status=0)"}));
   EXPECT_EQ(takeTranscript(),
             (Lines{"main started main", "main plugin BiometricStorageMacOSPlugin",
                    "main plugin FileSelectorPlugin", "main plugin LocalAuthPlugin",
@@ -44,7 +45,8 @@ TEST_F(MainFlutterWindowTest, EarlyLinksWaitLatestWinsAndComeBeforeTheReply) {
   desktop().openURL("norvane://item/1");
   desktop().openURL("norvane://item/2");
   dispatch.settle();
-  EXPECT_EQ(log.take(), (Lines{kBuffered, kBuffered}));
+  EXPECT_EQ(log.take(), (Lines{"[Norvane] received deeplink: norvane://item/1", kBuffered,
+                               "[Norvane] received deeplink: norvane://item/2", kBuffered}));
   EXPECT_EQ(takeTranscript(), Lines{});
 
   send(kDeeplink, "flutterReady");

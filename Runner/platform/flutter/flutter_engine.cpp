@@ -33,7 +33,10 @@ bool FlutterEngine::runWithEntrypoint(std::string_view entrypoint) {
 }
 
 FlutterViewController::FlutterViewController()
-    : engine_(std::make_unique<FlutterEngine>(kMainEngineName)) {}
+    : engine_(std::make_shared<FlutterEngine>(kMainEngineName)) {}
+
+FlutterViewController::FlutterViewController(std::shared_ptr<FlutterEngine> engine)
+    : engine_(std::move(engine)) {}
 
 FlutterPluginRegistrar FlutterViewController::registrarForPlugin(const std::string& name) {
   return {name, *engine_};

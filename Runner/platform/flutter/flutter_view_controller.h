@@ -24,8 +24,12 @@ class FlutterViewController : public FlutterPluginRegistry {
  public:
   /// With an engine of its own, the application's main one, named "main".
   FlutterViewController();
+  explicit FlutterViewController(std::shared_ptr<FlutterEngine> engine);
 
   FlutterEngine& engine() { return *engine_; }
+  /// Lets what lies behind the window be seen where the UI draws nothing.
+  void setClearBackground() { clearBackground_ = true; }
+  bool hasClearBackground() const { return clearBackground_; }
   FlutterPluginRegistrar registrarForPlugin(const std::string& name) override;
 
   /// The window's side: the view is about to show. Runs the engine at "main" unless it runs
@@ -33,7 +37,8 @@ class FlutterViewController : public FlutterPluginRegistry {
   void loadView();
 
  private:
-  std::unique_ptr<FlutterEngine> engine_;
+  std::shared_ptr<FlutterEngine> engine_;
+  bool clearBackground_ = false;
 };
 
 }  // namespace norvane

@@ -178,8 +178,29 @@ void Console::carryOutEvent(JsonDocument& line) {
     host_.desktop.openURL(url.IsNull() ? std::nullopt : std::optional(expectText(url, "\"url\"")));
     return;
   }
+  if (event == "pressKeys") {
+    expectOnly(line, {"desktop", "key", "modifiers"});
+    host_.hotkeys.press({expectCode(require(line, "key"), "\"key\""),
+                         expectCode(require(line, "modifiers"), "\"modifiers\"")});
+    return;
+  }
+  if (event == "activate" || event == "terminate") {
+    expectOnly(line, {"desktop", "application"});
+    const std::string name = expectText(require(line, "application"), "\"application\"");
+    const bool runs = event == "activate" ? host_.desktop.activate(name)
+                                          : host_.desktop.terminateApplication(name);
+    if (!runs) throw JsonError("no application \"" + name + "\" is running");
+    return;
+  }
+  if (event == "launch") {
+    expectOnly(line, {"desktop", "application"});
+    host_.desktop.launchApplication(parseApplication(require(line, "application")));
+    return;
+  }
   expectOnly(line, {"desktop"});
-  if (event == "closeWindow") {
+  if (event == "clickStatusItem") {
+    if (!host_.statusBar.click()) throw JsonError("there is no status item to click");
+  } else if (event == "closeWindow") {
     if (!host_.desktop.closeMainWindow()) throw JsonError("the main window is not on screen");
   } else if (event == "reopen") {
     host_.desktop.reopen();

@@ -24,6 +24,36 @@ void writeWindow(JsonWriter& writer, const HeadlessDesktop& desktop, const NSWin
   writer.EndObject();
 }
 
+void writeHotkey(JsonWriter& writer, const std::optional<Hotkey>& hotkey) {
+  if (!hotkey) {
+    writer.Null();
+    return;
+  }
+  writer.StartObject();
+  member(writer, "key", std::int64_t{hotkey->key});
+  member(writer, "modifiers", std::int64_t{hotkey->modifiers});
+  writer.EndObject();
+}
+
+void writeStatusItem(JsonWriter& writer, const HeadlessStatusBar::Item* item) {
+  if (!item) {
+    writer.Null();
+    return;
+  }
+  const PixbufImage* image = item->image.get();
+  writer.StartObject();
+  member(writer, "image", image ? std::optional<std::string_view>(image->name()) : std::nullopt);
+  if (image) {
+    member(writer, "imageSize", {image->size().width, image->size().height});
+  } else {
+    member(writer, "imageSize", std::nullopt);
+  }
+  member(writer, "template", image && image->isTemplate());
+  member(writer, "title", item->title);
+  member(writer, "toolTip", item->toolTip);
+  writer.EndObject();
+}
+
 void writeItem(JsonWriter& writer, const KeychainDirectory::Item& item) {
   writer.StartObject();
   member(writer, "service", item.name.service);
@@ -73,6 +103,10 @@ void writeState(JsonWriter& writer, HeadlessPlatform& host) {
   member(writer, "active", host.desktop.isActive());
   member(writer, "frontApplication",
          std::optional<std::string_view>(host.desktop.frontApplication()));
+  writer.Key("hotkey");
+  writeHotkey(writer, host.hotkeys.registered());
+  writer.Key("statusItem");
+  writeStatusItem(writer, host.statusBar.item());
   list(writer, "keychain", host.keychain.items(),
        [&](const auto& item) { writeItem(writer, item); });
   const auto writeEach = [&](const auto& identity) { writeIdentity(writer, identity); };

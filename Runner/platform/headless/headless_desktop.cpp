@@ -3,13 +3,32 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/headless/headless_graphics.h"
 #include "platform/linux/process.h"
+#include "platform/ns_bundle.h"
 #include "platform/platform.h"
 
 namespace norvane {
 namespace {
 
-constexpr const char* kBundleIdentifier = "cn.kestrio.norvane";
+NSRunningApplication described(const Profile::Application& application) {
+  const std::string named =
+      application.bundleIdentifier.value_or(application.name.value_or("an application"));
+  return {.bundleIdentifier = application.bundleIdentifier,
+          .localizedName = application.name,
+          .icon = application.icon ? HeadlessGraphics::applicationIcon(named) : nullptr};
+}
+
+std::optional<Profile::Application> frontOf(const std::vector<Profile::Application>& applications) {
+  const auto front = std::ranges::find_if(applications, &Profile::Application::active);
+  return front == applications.end() ? std::nullopt : std::optional(*front);
+}
+
+NSRunningApplication ownApplication() {
+  return {.bundleIdentifier = platform().mainBundle.bundleIdentifier(),
+          .localizedName = "Norvane",
+          .icon = HeadlessGraphics::applicationIcon("Norvane")};
+}
 
 }  // namespace
 
@@ -36,11 +55,10 @@ void HeadlessDesktop::makeMainWindowIfAsked() {
 }
 
 void HeadlessDesktop::setProfile(const Profile& profile) {
+  const auto before = frontOf(profile_.get(&Profile::applications));
   profile_.change([&](Profile& current) { current = profile; });
-  if (active_ && std::ranges::any_of(profile.applications, &Profile::Application::active)) {
-    active_ = false;
-    keyWindow_ = nullptr;
-  }
+  const auto after = frontOf(profile.applications);
+  if (after && after != before) deactivate();
   if (mainInterface_.makeMainWindow) makeMainWindowIfAsked();
 }
 
@@ -68,15 +86,63 @@ void HeadlessDesktop::reopen() {
   platform().application.delegate()->applicationShouldHandleReopen(hasVisibleWindows());
 }
 
+bool HeadlessDesktop::activate(const std::string& bundleIdentifier) {
+  bool found = false;
+  profile_.change([&](Profile& profile) {
+    const auto front = std::ranges::find(profile.applications, bundleIdentifier,
+                                         &Profile::Application::bundleIdentifier);
+    if (front == profile.applications.end()) return;
+    for (Profile::Application& application : profile.applications) application.active = false;
+    found = front->active = true;
+  });
+  if (found) deactivate();
+  return found;
+}
+
+void HeadlessDesktop::launchApplication(const Profile::Application& application) {
+  profile_.change([&](Profile& profile) {
+    if (application.active) {
+      for (Profile::Application& other : profile.applications) other.active = false;
+    }
+    profile.applications.push_back(application);
+  });
+  if (application.active) deactivate();
+}
+
+bool HeadlessDesktop::terminateApplication(const std::string& bundleIdentifier) {
+  bool found = false;
+  profile_.change([&](Profile& profile) {
+    const auto ending = std::ranges::find(profile.applications, bundleIdentifier,
+                                          &Profile::Application::bundleIdentifier);
+    if (ending == profile.applications.end()) return;
+    profile.applications.erase(ending);
+    found = true;
+  });
+  return found;
+}
+
+void HeadlessDesktop::deactivate() {
+  active_ = false;
+  setKeyWindow(nullptr);
+}
+
+void HeadlessDesktop::setKeyWindow(HeadlessWindow* window) {
+  const auto resigning = std::exchange(keyWindow_, window);
+  if (!resigning || resigning == window) return;
+  dispatch_.mainAsync([this, weakWindow = resigning->owner().weak_from_this()] {
+    const auto resigned = weakWindow.lock();
+    // One that has the keyboard again by now has nothing to hear.
+    if (resigned && !isKey(*resigned)) resigned->didResignKey();
+  });
+}
+
 bool HeadlessDesktop::hasVisibleWindows() const {
   return std::ranges::any_of(windows_, &HeadlessWindow::isVisible);
 }
 
 std::optional<std::string> HeadlessDesktop::frontApplication() const {
-  if (active_) return kBundleIdentifier;
-  const auto applications = profile_.get(&Profile::applications);
-  const auto front = std::ranges::find_if(applications, &Profile::Application::active);
-  return front == applications.end() ? std::nullopt : front->bundleIdentifier;
+  const auto front = frontmostApplication();
+  return front ? front->bundleIdentifier : std::nullopt;
 }
 
 bool HeadlessDesktop::isKey(const NSWindow& window) const {
@@ -107,6 +173,21 @@ std::optional<NSRect> HeadlessDesktop::mainScreenVisibleFrame() const {
   return screens.front().visibleFrame;
 }
 
+std::vector<NSRunningApplication> HeadlessDesktop::runningApplications() const {
+  std::vector<NSRunningApplication> running;
+  for (const auto& application : profile_.get(&Profile::applications)) {
+    running.push_back(described(application));
+  }
+  running.push_back(ownApplication());
+  return running;
+}
+
+std::optional<NSRunningApplication> HeadlessDesktop::frontmostApplication() const {
+  if (active_) return ownApplication();
+  const auto front = frontOf(profile_.get(&Profile::applications));
+  return front ? std::optional(described(*front)) : std::nullopt;
+}
+
 std::optional<std::string> HeadlessDesktop::environment(const std::string& name) const {
   return environmentVariable(name);
 }
@@ -128,12 +209,12 @@ HeadlessWindow::~HeadlessWindow() {
 
 void HeadlessWindow::makeKeyAndOrderFront() {
   visible_ = true;
-  desktop_.keyWindow_ = this;
+  if (owner_.canBecomeKeyWindow()) desktop_.setKeyWindow(this);
 }
 
 void HeadlessWindow::orderOut() {
   visible_ = false;
-  if (desktop_.keyWindow_ == this) desktop_.keyWindow_ = nullptr;
+  if (desktop_.keyWindow_ == this) desktop_.setKeyWindow(nullptr);
 }
 
 void HeadlessWindow::setFrame(const NSRect& frame, bool /*animate*/) { frame_ = frame; }

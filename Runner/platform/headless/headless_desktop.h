@@ -10,6 +10,7 @@
 #include "platform/headless/live_profile.h"
 #include "platform/ns_application.h"
 #include "platform/ns_process_info.h"
+#include "platform/ns_workspace.h"
 #include "platform/window_server.h"
 
 namespace norvane {
@@ -19,7 +20,10 @@ class HeadlessWindow;
 /// A desktop without a display. The host sees the interfaces; the control side stands for the
 /// person and the other applications. As on a real desktop, what happens to a window is told to the
 /// host in a later turn. Main thread.
-class HeadlessDesktop : public WindowServer, public NSScreens, public NSProcessInfo {
+class HeadlessDesktop : public WindowServer,
+                        public NSScreens,
+                        public NSWorkspace,
+                        public NSProcessInfo {
  public:
   /// `quit` ends the main loop.
   HeadlessDesktop(LiveProfile& profile, Dispatch& dispatch, std::function<void()> quit);
@@ -38,6 +42,11 @@ class HeadlessDesktop : public WindowServer, public NSScreens, public NSProcessI
   bool closeMainWindow();
   /// The person reopens the running application.
   void reopen();
+  /// Another application comes to the front. False when no such application runs.
+  bool activate(const std::string& bundleIdentifier);
+  void launchApplication(const Profile::Application& application);
+  /// Another application ends. False when no such application runs.
+  bool terminateApplication(const std::string& bundleIdentifier);
 
   bool isActive() const { return active_; }
   /// The bundle identifier of the application in front, where there is one that has one.
@@ -51,6 +60,8 @@ class HeadlessDesktop : public WindowServer, public NSScreens, public NSProcessI
                                            NSWindowStyleMask styleMask) override;
   void activateIgnoringOtherApps() override;
   std::optional<NSRect> mainScreenVisibleFrame() const override;
+  std::vector<NSRunningApplication> runningApplications() const override;
+  std::optional<NSRunningApplication> frontmostApplication() const override;
   std::optional<std::string> environment(const std::string& name) const override;
   NSOperatingSystemVersion operatingSystemVersion() const override;
 
@@ -59,6 +70,8 @@ class HeadlessDesktop : public WindowServer, public NSScreens, public NSProcessI
 
   void makeMainWindowIfAsked();
   void quitIfLastWindowClosed();
+  void deactivate();
+  void setKeyWindow(HeadlessWindow* window);
   bool hasVisibleWindows() const;
 
   LiveProfile& profile_;
@@ -69,7 +82,7 @@ class HeadlessDesktop : public WindowServer, public NSScreens, public NSProcessI
   bool mainWindowMade_ = false;
   bool active_ = false;
   std::vector<HeadlessWindow*> windows_;
-  const HeadlessWindow* keyWindow_ = nullptr;
+  HeadlessWindow* keyWindow_ = nullptr;
 };
 
 /// A window of the headless desktop. It has no decoration: its frame is its content rectangle.
@@ -86,11 +99,12 @@ class HeadlessWindow : public NativeWindow {
   NSRect frame() const override { return frame_; }
   void setFrame(const NSRect& frame, bool animate) override;
   void setMinSize(const NSSize& size) override { minSize_ = size; }
+  void setAppearance(const WindowAppearance& appearance) override { appearance_ = appearance; }
 
-  const NSWindow& owner() const { return owner_; }
+  NSWindow& owner() const { return owner_; }
   NSSize minSize() const { return minSize_; }
   NSWindowStyleMask styleMask() const { return styleMask_; }
-  int level() const { return level_; }
+  int level() const { return appearance_.level; }
 
  private:
   HeadlessDesktop& desktop_;
@@ -98,7 +112,7 @@ class HeadlessWindow : public NativeWindow {
   NSRect frame_;
   NSSize minSize_;
   NSWindowStyleMask styleMask_;
-  int level_ = 0;  // the level of normal windows
+  WindowAppearance appearance_;
   bool visible_ = false;
 };
 

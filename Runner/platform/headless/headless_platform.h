@@ -6,7 +6,10 @@
 
 #include "platform/headless/headless_credential_store.h"
 #include "platform/headless/headless_desktop.h"
+#include "platform/headless/headless_graphics.h"
+#include "platform/headless/headless_hotkeys.h"
 #include "platform/headless/headless_keychain.h"
+#include "platform/headless/headless_status_bar.h"
 #include "platform/headless/headless_ui.h"
 #include "platform/headless/live_profile.h"
 #include "platform/linux/json_user_defaults.h"
@@ -22,6 +25,7 @@ namespace norvane {
 class HeadlessBundle : public LinuxBundle {
  public:
   explicit HeadlessBundle(const LiveProfile& profile) : profile_(profile) {}
+  std::optional<std::string> bundleIdentifier() const override { return "cn.kestrio.norvane"; }
   std::optional<std::string> infoText(const std::string& key) const override;
 
  private:
@@ -71,6 +75,9 @@ struct HeadlessPlatform {
   HeadlessCredentialStore credentialStore;
   JsonUserDefaults userDefaults;
   HeadlessUi ui;
+  HeadlessGraphics graphics;
+  HeadlessHotkeys hotkeys;
+  HeadlessStatusBar statusBar;
   HeadlessDesktop desktop;
   NSApplication application;
   const Platform platform;

@@ -52,6 +52,12 @@ Member objectInto(Object& target, Members (*members)(Object& object)) {
   };
 }
 
+Hotkey parseHotkey(const JsonValue& value) {
+  const std::string what = "a hotkey";
+  if (expectArray(value, what).Size() != 2) throw JsonError(what + " must be [key, modifiers]");
+  return {expectCode(value[0], what), expectCode(value[1], what)};
+}
+
 Member rectInto(NSRect& target) {
   return [&target](const JsonValue& value, const std::string& what) {
     target = parseRect(value, what);
@@ -92,16 +98,6 @@ Profile::Screen parseScreen(const JsonValue& value) {
   return screen;
 }
 
-Profile::Application parseApplication(const JsonValue& value) {
-  Profile::Application application;
-  readMembers(value, "an application",
-              {{"bundleIdentifier", optionalTextInto(application.bundleIdentifier)},
-               {"name", optionalTextInto(application.name)},
-               {"icon", booleanInto(application.icon)},
-               {"active", booleanInto(application.active)}});
-  return application;
-}
-
 Members membersOf(Profile::CredentialStore& store) {
   return {{"isEnabled", booleanInto(store.isEnabled)},
           {"supportsIncrementalUpdates", booleanInto(store.supportsIncrementalUpdates)},
@@ -116,6 +112,16 @@ Members membersOf(Profile::KeychainStatuses& statuses) {
 }
 
 }  // namespace
+
+Profile::Application parseApplication(const JsonValue& value) {
+  Profile::Application application;
+  readMembers(value, "an application",
+              {{"bundleIdentifier", optionalTextInto(application.bundleIdentifier)},
+               {"name", optionalTextInto(application.name)},
+               {"icon", booleanInto(application.icon)},
+               {"active", booleanInto(application.active)}});
+  return application;
+}
 
 NSRect parseRect(const JsonValue& value, const std::string& what) {
   if (expectArray(value, what).Size() != 4)
@@ -135,6 +141,14 @@ void applyToProfile(const JsonValue& changes, Profile& profile) {
                             const auto& what) { changed.osVersion = parseVersion(value, what); }},
           {"screens", listInto(changed.screens, parseScreen)},
           {"applications", listInto(changed.applications, parseApplication)},
+          {"takenHotkeys", listInto(changed.takenHotkeys, parseHotkey)},
+          {"hotkeyHandlerStatus",
+           [&](const auto& value, const auto& what) {
+             if (!value.IsInt()) throw JsonError(what + " must be a status");
+             changed.hotkeyHandlerStatus = value.GetInt();
+           }},
+          {"menuBarIcon", booleanInto(changed.menuBarIcon)},
+          {"symbols", booleanInto(changed.symbols)},
           {"appIdentifierPrefix", optionalTextInto(changed.appIdentifierPrefix)},
           {"appGroup", booleanInto(changed.appGroup)},
           {"credentialStore", objectInto(changed.credentialStore, membersOf)},

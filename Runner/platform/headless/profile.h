@@ -11,6 +11,13 @@
 
 namespace norvane {
 
+/// A key combination: Carbon key code and modifier mask.
+struct Hotkey {
+  std::uint32_t key = 0;
+  std::uint32_t modifiers = 0;
+  bool operator==(const Hotkey&) const = default;
+};
+
 /// What the simulated desktop is like; docs/console.md describes the keys.
 struct Profile {
   struct Screen {
@@ -23,6 +30,7 @@ struct Profile {
     std::optional<std::string> name;
     bool icon = false;
     bool active = false;  ///< in front; at most one is
+    bool operator==(const Application&) const = default;
   };
   struct CredentialStore {
     bool isEnabled = true;
@@ -40,11 +48,15 @@ struct Profile {
   NSOperatingSystemVersion osVersion{14, 0, 0};
   std::vector<Screen> screens{{{{0, 0}, {1440, 900}}, {{0, 0}, {1440, 875}}}};
   std::vector<Application> applications{{"org.example.editor", "Editor", true, true}};
+  std::vector<Hotkey> takenHotkeys;      ///< held by other applications
+  std::int32_t hotkeyHandlerStatus = 0;  ///< what installing the hotkey handler answers
   std::optional<std::string> appIdentifierPrefix = "TEAM123456";  ///< of the Info dictionary
   bool appGroup = true;                                           ///< has an app-group container
   CredentialStore credentialStore;
   KeychainStatuses keychain;
   bool random = true;             ///< the random source works
+  bool menuBarIcon = true;        ///< the image resource exists
+  bool symbols = true;            ///< the system's symbols exist
   bool mainWindow = true;         ///< the main interface file makes the main window
   bool mainWindowVisible = true;  ///< and puts it on screen
 };
@@ -52,6 +64,8 @@ struct Profile {
 /// Replaces the members of `profile` that `changes` names; `changes` must be an object. Throws
 /// JsonError, with nothing replaced, for a key or a value that a profile cannot have.
 void applyToProfile(const JsonValue& changes, Profile& profile);
+
+Profile::Application parseApplication(const JsonValue& value);
 
 /// The four numbers of [x, y, width, height].
 NSRect parseRect(const JsonValue& value, const std::string& what);

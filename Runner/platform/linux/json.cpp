@@ -70,6 +70,11 @@ bool expectBoolean(const JsonValue& value, const std::string& what) {
   return value.GetBool();
 }
 
+std::uint32_t expectCode(const JsonValue& value, const std::string& what) {
+  expect(value.IsUint(), what, "a whole number from 0");
+  return value.GetUint();
+}
+
 double expectNumber(const JsonValue& value, const std::string& what) {
   expect(value.IsNumber(), what, "a number");
   return value.GetDouble();

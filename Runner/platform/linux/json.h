@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -44,6 +45,7 @@ const JsonValue& expectObject(const JsonValue& value, const std::string& what);
 const JsonValue& expectArray(const JsonValue& value, const std::string& what);
 std::string expectText(const JsonValue& value, const std::string& what);
 bool expectBoolean(const JsonValue& value, const std::string& what);
+std::uint32_t expectCode(const JsonValue& value, const std::string& what);
 double expectNumber(const JsonValue& value, const std::string& what);
 
 inline std::string_view textOf(const JsonValue& text) {

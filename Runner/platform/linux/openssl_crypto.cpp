@@ -3,9 +3,10 @@
 #include <algorithm>
 #include <memory>
 
-#include <dlfcn.h>
 #include <openssl/evp.h>
 #include <openssl/rand.h>
+
+#include "platform/linux/lazy_library.h"
 
 namespace norvane {
 namespace {
@@ -15,7 +16,7 @@ constexpr std::int32_t kRandomFailed = -2070;
 // EVP counts in int.
 constexpr std::size_t kLongestUpdate = 1 << 30;
 
-/// The functions of libcrypto that are used, with the types of its own headers.
+/// The functions of libcrypto that are used.
 struct LibCrypto {
   decltype(&::RAND_bytes) randBytes = nullptr;
   decltype(&::EVP_CIPHER_CTX_new) contextNew = nullptr;
@@ -34,18 +35,15 @@ struct LibCrypto {
 
  private:
   LibCrypto() {
-    void* handle = ::dlopen("libcrypto.so.3", RTLD_NOW | RTLD_LOCAL);
-    if (!handle) return;
-    const auto find = [&](auto& function, const char* name) {
-      function =
-          reinterpret_cast<std::remove_reference_t<decltype(function)>>(::dlsym(handle, name));
-      return function != nullptr;
-    };
-    loaded = find(randBytes, "RAND_bytes") && find(contextNew, "EVP_CIPHER_CTX_new") &&
-             find(contextFree, "EVP_CIPHER_CTX_free") && find(aes256Gcm, "EVP_aes_256_gcm") &&
-             find(encryptInit, "EVP_EncryptInit_ex") && find(encryptUpdate, "EVP_EncryptUpdate") &&
-             find(encryptFinal, "EVP_EncryptFinal_ex") &&
-             find(contextControl, "EVP_CIPHER_CTX_ctrl");
+    const LazyLibrary library("libcrypto.so.3");
+    loaded = library.find(randBytes, "RAND_bytes") &&
+             library.find(contextNew, "EVP_CIPHER_CTX_new") &&
+             library.find(contextFree, "EVP_CIPHER_CTX_free") &&
+             library.find(aes256Gcm, "EVP_aes_256_gcm") &&
+             library.find(encryptInit, "EVP_EncryptInit_ex") &&
+             library.find(encryptUpdate, "EVP_EncryptUpdate") &&
+             library.find(encryptFinal, "EVP_EncryptFinal_ex") &&
+             library.find(contextControl, "EVP_CIPHER_CTX_ctrl");
   }
 };
 

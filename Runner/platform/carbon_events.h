@@ -1,0 +1,69 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+
+#include "platform/ns_apple_event_manager.h"
+#include "platform/os_status.h"
+
+namespace norvane {
+
+inline constexpr std::uint32_t kEventClassKeyboard = fourCharacterCode("keyb");
+inline constexpr std::uint32_t kEventHotKeyPressed = 5;
+inline constexpr std::uint32_t kEventParamDirectObject = fourCharacterCode("----");
+inline constexpr std::uint32_t typeEventHotKeyID = fourCharacterCode("hkid");
+
+/// RegisterEventHotKey: another application holds the combination.
+inline constexpr OSStatus eventHotKeyExistsErr = -9878;
+
+// Modifier masks and virtual key codes (physical keys of an ANSI keyboard).
+inline constexpr std::uint32_t cmdKey = 0x0100;
+inline constexpr std::uint32_t shiftKey = 0x0200;
+inline constexpr std::uint32_t optionKey = 0x0800;
+inline constexpr std::uint32_t controlKey = 0x1000;
+inline constexpr std::uint32_t kVK_ANSI_O = 0x1F;
+inline constexpr std::uint32_t kVK_ANSI_Backslash = 0x2A;
+inline constexpr std::uint32_t kVK_Space = 0x31;
+
+struct EventTypeSpec {
+  std::uint32_t eventClass;
+  std::uint32_t eventKind;
+};
+
+/// Names a hotkey of the application.
+struct EventHotKeyID {
+  std::uint32_t signature = 0;
+  std::uint32_t id = 0;
+};
+
+/// Names a registered hotkey, and an installed handler, of the platform's.
+using EventHotKeyRef = std::uintptr_t;
+using EventHandlerRef = std::uintptr_t;
+
+class CarbonEvent {
+ public:
+  virtual ~CarbonEvent() = default;
+  virtual OSStatus GetEventParameter(std::uint32_t name, std::uint32_t type,
+                                     EventHotKeyID& value) const = 0;
+};
+
+/// System-wide hotkeys. Main thread. Every status is true when its call returns.
+class CarbonEventManager {
+ public:
+  /// Called on the main thread for each event.
+  using Handler = std::function<OSStatus(const CarbonEvent& event)>;
+
+  virtual ~CarbonEventManager() = default;
+
+  /// Sets `handlerRef` on success.
+  virtual OSStatus InstallEventHandler(Handler handler, const EventTypeSpec& type,
+                                       std::optional<EventHandlerRef>& handlerRef) = 0;
+  /// 0, and `hotKeyRef` is set, when the application now holds the combination.
+  virtual OSStatus RegisterEventHotKey(std::uint32_t keyCode, std::uint32_t modifiers,
+                                       const EventHotKeyID& id,
+                                       std::optional<EventHotKeyRef>& hotKeyRef) = 0;
+  virtual OSStatus UnregisterEventHotKey(EventHotKeyRef hotKeyRef) = 0;
+};
+
+}  // namespace norvane

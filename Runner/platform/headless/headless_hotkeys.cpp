@@ -1,0 +1,64 @@
+#include "platform/headless/headless_hotkeys.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace norvane {
+namespace {
+
+// There is one handler and one hotkey at a time; any number names them.
+constexpr EventHandlerRef kHandlerRef = 1;
+constexpr EventHotKeyRef kHotKeyRef = 1;
+constexpr OSStatus eventParameterNotFoundErr = -9870;
+constexpr OSStatus eventHotKeyInvalidErr = -9879;
+
+class HotKeyPress : public CarbonEvent {
+ public:
+  explicit HotKeyPress(const EventHotKeyID& id) : id_(id) {}
+  OSStatus GetEventParameter(std::uint32_t name, std::uint32_t type,
+                             EventHotKeyID& value) const override {
+    if (name != kEventParamDirectObject || type != typeEventHotKeyID) {
+      return eventParameterNotFoundErr;
+    }
+    value = id_;
+    return noErr;
+  }
+
+ private:
+  EventHotKeyID id_;
+};
+
+}  // namespace
+
+void HeadlessHotkeys::press(const Hotkey& combination) {
+  if (handler_ && registered_ == combination) handler_(HotKeyPress(id_));
+}
+
+OSStatus HeadlessHotkeys::InstallEventHandler(Handler handler, const EventTypeSpec& /*type*/,
+                                              std::optional<EventHandlerRef>& handlerRef) {
+  const OSStatus status = profile_.get(&Profile::hotkeyHandlerStatus);
+  if (status != noErr) return status;
+  handler_ = std::move(handler);
+  handlerRef = kHandlerRef;
+  return noErr;
+}
+
+OSStatus HeadlessHotkeys::RegisterEventHotKey(std::uint32_t keyCode, std::uint32_t modifiers,
+                                              const EventHotKeyID& id,
+                                              std::optional<EventHotKeyRef>& hotKeyRef) {
+  const Hotkey combination{keyCode, modifiers};
+  const auto taken = profile_.get(&Profile::takenHotkeys);
+  if (registered_ || std::ranges::find(taken, combination) != taken.end()) {
+    return eventHotKeyExistsErr;
+  }
+  registered_ = combination;
+  id_ = id;
+  hotKeyRef = kHotKeyRef;
+  return noErr;
+}
+
+OSStatus HeadlessHotkeys::UnregisterEventHotKey(EventHotKeyRef /*hotKeyRef*/) {
+  return std::exchange(registered_, std::nullopt) ? noErr : eventHotKeyInvalidErr;
+}
+
+}  // namespace norvane

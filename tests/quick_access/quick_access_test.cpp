@@ -1,0 +1,365 @@
+#include <cstdlib>
+#include <functional>
+#include <iostream>
+#include <random>
+
+#include "app/app_delegate.h"
+#include "quick_access/qa_panel_controller.h"
+#include "support/host_test.h"
+#include "window/main_flutter_window.h"
+
+namespace norvane {
+namespace {
+
+constexpr const char* kPanel = "cn.kestrio.norvane.qa_panel";
+constexpr const char* kQaEngine = "norvane-qa";
+constexpr Hotkey kHotkey{42, 256};
+
+class QuickAccessTest : public HostTest {
+ protected:
+  void start(const Profile& profile = {}) {
+    relaunch(profile);
+    dispatch.settle();
+    takeTranscript();
+    log.take();
+  }
+  void toPanel(const std::string& method, const std::string& arguments = "null") {
+    send(kPanel, method, arguments, kQaEngine);
+    dispatch.settle();
+  }
+  void press() {
+    host().hotkeys.press(kHotkey);
+    dispatch.settle();
+  }
+  QAPanelController& controller() { return *AppDelegate::current()->qaPanel; }
+
+  /// The transcript with what a "shown" carries cut off, and without the panel engine's first
+  /// words.
+  Lines events() {
+    Lines lines = takeTranscript();
+    std::erase_if(lines, [](const std::string& line) { return line.starts_with(kQaEngine); });
+    for (std::string& line : lines) {
+      if (line.starts_with(std::string(kPanel) + " shown")) line = "shown";
+      if (line.starts_with(std::string(kPanel) + " hidden")) line = "hidden";
+    }
+    return lines;
+  }
+};
+
+TEST_F(QuickAccessTest, TheFirstShowMakesEngineAndPanelTheLaterOnesReuseThem) {
+  start();
+  press();
+  const Lines first = takeTranscript();
+  ASSERT_EQ(first.size(), 9u);
+  EXPECT_EQ(first[0], "norvane-qa started qaMain");
+  EXPECT_EQ(first[1], "norvane-qa plugin BiometricStorageMacOSPlugin");
+  EXPECT_EQ(first[7], "norvane-qa plugin UrlLauncherPlugin");
+  EXPECT_TRUE(first[8].starts_with(
+      "cn.kestrio.norvane.qa_panel shown {\"identity\":\"org.example.editor\",\"name\":\"Editor\","
+      "\"frontmostApp\":\"Editor\",\"iconPng\":{\"$bytes\":\"iVBOR"))
+      << first[8];
+  EXPECT_FALSE(desktop().isActive());
+
+  const NSWindow& panel = *application().windows().at(1);
+  const HeadlessWindow& native = desktop().nativeWindow(panel);
+  EXPECT_EQ(panel.className(), "QAPanel");
+  EXPECT_EQ(panel.frame(), (NSRect{{310, 225}, {820, 600}}));
+  EXPECT_EQ(native.level(), 3);
+  EXPECT_EQ(native.styleMask(), 0x80u);
+  EXPECT_TRUE(desktop().isKey(panel));
+
+  press();
+  Profile noScreen;
+  noScreen.screens.clear();
+  desktop().setProfile(noScreen);
+  press();
+  EXPECT_EQ(events(), (Lines{"hidden", "shown"}));
+  EXPECT_EQ(panel.frame().origin, (NSPoint{310, 225})) << "no screen: left where it was";
+  EXPECT_EQ(application().windows().size(), 2u);
+  EXPECT_EQ(log.take(), Lines{"[Norvane] QA panel engine created (entrypoint=qaMain)"});
+}
+
+TEST_F(QuickAccessTest, WhatIsCapturedOfTheFrontApplication) {
+  start();
+  using Application = Profile::Application;
+  struct Case {
+    Application front;
+    std::string expected;
+  };
+  for (const auto& [front, expected] : {
+           Case{{{}, "Tool", false, true},
+                "{\"identity\":\"Tool\",\"name\":\"Tool\",\"frontmostApp\":\"Tool\"}"},
+           Case{{"a.b", {}, false, true},
+                "{\"identity\":\"a.b\",\"name\":\"\",\"frontmostApp\":\"\"}"},
+           Case{{{}, {}, false, true}, "{\"identity\":\"\",\"name\":\"\",\"frontmostApp\":\"\"}"},
+           Case{{"a.b", "B", true, false}, "{}"},
+       }) {
+    Profile profile;
+    profile.applications = {front};
+    desktop().setProfile(profile);
+    controller().show();
+    EXPECT_EQ(takeTranscript().back(), "cn.kestrio.norvane.qa_panel shown " + expected);
+  }
+  application().activateIgnoringOtherApps();
+  controller().show();
+  EXPECT_EQ(takeTranscript().back(), "cn.kestrio.norvane.qa_panel shown {}") << "itself in front";
+}
+
+TEST_F(QuickAccessTest, OnlyABooleanPins) {
+  start();
+  press();
+  for (const char* arguments : {"{\"pinned\":\"true\"}", "{\"pinned\":1}", "null", "{}"}) {
+    toPanel("setPinned", "{\"pinned\":true}");
+    EXPECT_TRUE(controller().pinned);
+    toPanel("setPinned", arguments);
+    EXPECT_FALSE(controller().pinned) << arguments;
+  }
+  toPanel("Close");
+  EXPECT_EQ(takeTranscript().back(), "reply notImplemented");
+}
+
+// A person at the desk, against a small model of the panel.
+
+struct Model {
+  bool visible = false;
+  bool panelIsKey = false;
+  bool pinned = false;
+  bool ready = false;
+  std::optional<std::string> pendingLink;
+  Lines events;
+
+  void show() {
+    visible = panelIsKey = true;
+    events.push_back("shown");
+  }
+  void hide() {
+    if (!visible) return;
+    visible = panelIsKey = pinned = false;
+    events.push_back("hidden");
+    if (ready) events.push_back("norvane/hotkey syncLockState null");
+  }
+  void panelLosesKey() {
+    if (std::exchange(panelIsKey, false) && !pinned) hide();
+  }
+  void urlOpened(const std::string& link) {
+    events.push_back("norvane/deeplink urlOpened {\"url\":\"" + link + "\"}");
+  }
+};
+
+TEST_F(QuickAccessTest, RandomSequencesMatchTheModel) {
+  const char* given = std::getenv("NORVANE_TEST_SEED");
+  const auto seed = given ? std::strtoul(given, nullptr, 10) : std::random_device{}();
+  std::cout << "seed " << seed << std::endl;
+  std::mt19937 random(seed);
+  int link = 0;
+
+  for (int sequence = 0; sequence < 200; ++sequence) {
+    start();
+    Model model;
+    const auto toggle = [&] { model.visible ? model.hide() : model.show(); };
+    const std::vector<std::function<void()>> steps{
+        [&] {
+          press();
+          toggle();
+        },
+        [&] {
+          host().statusBar.click();
+          toggle();
+        },
+        [&] {
+          desktop().activate("org.example.editor");
+          model.panelLosesKey();
+        },
+        [&] {
+          desktop().openURL("norvane://unlock?x");
+          model.show();
+        },
+        [&] {
+          const std::string url = "norvane://item/" + std::to_string(++link);
+          desktop().openURL(url);
+          if (model.ready) {
+            model.urlOpened(url);
+          } else {
+            model.pendingLink = url;
+          }
+          model.panelLosesKey();
+        },
+        [&] {
+          send("norvane/deeplink", "flutterReady");
+          model.ready = true;
+          if (model.pendingLink) model.urlOpened(*std::exchange(model.pendingLink, {}));
+          model.events.push_back("reply success null");
+        },
+        [&] { desktop().closeMainWindow(); },
+        [&] {
+          if (!controller().panel) return;
+          const bool pin = random() % 2;
+          toPanel("setPinned", pin ? "{\"pinned\":true}" : "{\"pinned\":false}");
+          model.pinned = pin;
+          model.events.push_back("reply success null");
+        },
+        [&] {
+          if (!controller().panel) return;
+          toPanel("close");
+          model.hide();
+          model.events.push_back("reply success null");
+        },
+        [&] {
+          if (!controller().panel) return;
+          const bool withId = random() % 2;
+          toPanel("openMain", withId ? "{\"editItemId\":\"a\"}" : "{\"editItemId\":7}");
+          model.hide();
+          if (model.ready) {
+            model.events.push_back(withId ? "norvane/hotkey openItem {\"editItemId\":\"a\"}"
+                                          : "norvane/hotkey openItem {}");
+          }
+          model.events.push_back("reply success null");
+        },
+    };
+    for (int step = 0; step < 30; ++step) {
+      steps[random() % steps.size()]();
+      dispatch.settle();
+      ASSERT_EQ(events(), std::exchange(model.events, {})) << "sequence " << sequence;
+      ASSERT_EQ(controller().panel && controller().panel->isVisible(), model.visible);
+      ASSERT_EQ(controller().pinned, model.pinned);
+    }
+  }
+}
+
+// Where parts meet
+
+TEST_F(QuickAccessTest, AFocusLossAndATogglesTurnMeet) {
+  start();
+  press();
+  events();
+  desktop().activate("org.example.editor");
+  host().hotkeys.press(kHotkey);
+  dispatch.settle();
+  EXPECT_EQ(events(), (Lines{"hidden", "shown"})) << "focus lost first, then the press";
+  host().hotkeys.press(kHotkey);
+  desktop().activate("org.example.editor");
+  dispatch.settle();
+  EXPECT_EQ(events(), (Lines{"hidden"})) << "the press first, then a loss of what is gone";
+}
+
+TEST_F(QuickAccessTest, OpenMainWithoutAMainWindowStillHidesAndActivates) {
+  Profile profile;
+  profile.mainWindow = false;
+  start(profile);
+  controller().show();
+  takeTranscript();
+  toPanel("openMain", "{\"editItemId\":\"x\"}");
+  EXPECT_EQ(events(), (Lines{"hidden", "reply success null"}));
+  EXPECT_TRUE(desktop().isActive());
+}
+
+/// Lets something go in the middle of a call: as soon as the UI hears `word`.
+class VanishingTest : public QuickAccessTest {
+ protected:
+  void called(std::string_view engine, std::string_view channel, Bytes message) override {
+    QuickAccessTest::called(engine, channel, std::move(message));
+    if (vanish) std::exchange(vanish, {})();
+  }
+  std::function<void()> vanish;
+};
+
+TEST_F(VanishingTest, DelegateControllerAndWindowsMayGoInMidCall) {
+  for (const char* method : {"close", "openMain"}) {
+    start();
+    press();
+    vanish = [&] { application().setDelegate(nullptr); };
+    send(kPanel, method, "null", kQaEngine);
+    EXPECT_EQ(events().back(), "reply success null");
+    send(kPanel, method, "null", kQaEngine);
+    EXPECT_EQ(events().back(), "reply success null") << "the controller is gone";
+  }
+  start();
+  press();
+  vanish = [&] { application().setDelegate(nullptr); };
+  desktop().activate("org.example.editor");
+  dispatch.settle();
+
+  start();
+  call("norvane/deeplink", "flutterReady");
+  press();
+  vanish = [&] { application().removeWindow(*application().windows().front()); };
+  toPanel("openMain");
+  EXPECT_EQ(events().back(), "reply success null");
+}
+
+// Links
+
+TEST_F(QuickAccessTest, LinksWithoutAWindowWaitForOneRetry) {
+  Profile none;
+  none.mainWindow = false;
+  start(none);
+  desktop().openURL("norvane://item/1");
+  desktop().openURL("norvane://Unlock");
+  EXPECT_EQ(log.take(), (Lines{"[Norvane] received deeplink: norvane://item/1",
+                               "[Norvane] received deeplink: norvane://Unlock"}));
+  EXPECT_TRUE(desktop().isActive());
+  desktop().setProfile({});
+  dispatch.advance(0.1);
+  const auto& slot = AppDelegate::current()->pendingDeeplinkAtAppLevel;
+  EXPECT_EQ(slot, std::nullopt);
+  EXPECT_EQ(MainFlutterWindow::first()->pendingDeeplink, "norvane://Unlock");
+  EXPECT_EQ(call("norvane/deeplink", "flutterReady"), "success null");
+  EXPECT_EQ(events().size(), 9u) << "the engine's start, its plugins and the latest link, once";
+
+  start(none);
+  desktop().openURL("norvane://item/2");
+  dispatch.advance(1);
+  desktop().setProfile({});
+  dispatch.advance(1);
+  EXPECT_EQ(AppDelegate::current()->pendingDeeplinkAtAppLevel, "norvane://item/2")
+      << "one retry, no more";
+  EXPECT_EQ(MainFlutterWindow::first()->pendingDeeplink, std::nullopt);
+}
+
+TEST_F(QuickAccessTest, ALinkToAHiddenWindowBringsItBackUnchanged) {
+  start();
+  call("norvane/deeplink", "flutterReady");
+  desktop().closeMainWindow();
+  const std::string link = "x://\u20ac\n%n\x1b[2J" + std::string(4 << 20, 'a');
+  desktop().openURL(link);
+  EXPECT_TRUE(MainFlutterWindow::first()->isVisible());
+  EXPECT_EQ(takeTranscript().back().size(),
+            std::string("norvane/deeplink urlOpened {\"url\":\"\"}").size() + link.size() + 6);
+  EXPECT_EQ(log.take(), Lines{"[Norvane] received deeplink: " + link});
+}
+
+// The status item
+
+TEST_F(QuickAccessTest, TheStatusItemsThreeLooks) {
+  struct Case {
+    bool icon;
+    bool symbols;
+    int majorVersion;
+    std::string image;
+    NSSize size;
+  };
+  for (const auto& [icon, symbols, majorVersion, image, size] : {
+           Case{true, true, 14, "MenuBarIcon", {18, 18}},
+           Case{false, true, 11, "key.fill", {15, 17}},
+           Case{false, true, 10, "", {}},
+           Case{false, false, 14, "", {}},
+       }) {
+    Profile profile;
+    profile.menuBarIcon = icon;
+    profile.symbols = symbols;
+    profile.osVersion = {majorVersion, 0, 0};
+    start(profile);
+    const HeadlessStatusBar::Item* item = host().statusBar.item();
+    ASSERT_TRUE(item);
+    EXPECT_EQ(item->toolTip, "Norvane \u2014 Quick Access");
+    EXPECT_EQ(item->title, image.empty() ? "NV" : "");
+    ASSERT_EQ(item->image != nullptr, !image.empty());
+    if (!item->image) continue;
+    EXPECT_EQ(item->image->name(), image);
+    EXPECT_EQ(item->image->size(), size);
+    EXPECT_TRUE(item->image->isTemplate());
+  }
+}
+
+}  // namespace
+}  // namespace norvane
