@@ -25,7 +25,9 @@ void showMainWindowIfHidden() {
 
 }  // namespace
 
-AppDelegate::AppDelegate() : qaPanel(std::make_shared<QAPanelController>()) {}
+AppDelegate::AppDelegate()
+    : updaterController(platform().updater.makeUpdaterController(/*startingUpdater=*/true)),
+      qaPanel(std::make_shared<QAPanelController>()) {}
 
 AppDelegate::~AppDelegate() = default;
 

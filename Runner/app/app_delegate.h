@@ -8,6 +8,7 @@
 #include "platform/flutter/flutter_app_delegate.h"
 #include "platform/ns_apple_event_manager.h"
 #include "platform/ns_status_bar.h"
+#include "platform/updater_controller.h"
 
 namespace norvane {
 
@@ -36,6 +37,7 @@ class AppDelegate : public FlutterAppDelegate, public std::enable_shared_from_th
   /// changes nothing.
   void setHotkeyChoice(const std::string& choice);
 
+  const std::unique_ptr<SPUStandardUpdaterController> updaterController;
   std::optional<std::string> pendingDeeplinkAtAppLevel;  ///< came while there was no main window
   std::optional<EventHotKeyRef> hotkeyRef;
   std::optional<EventHandlerRef> hotkeyHandlerRef;

@@ -28,6 +28,10 @@ class NSFileManager {
   /// Where the application group's container lies; nothing when the process has no such group.
   virtual std::optional<std::string> containerURLForSecurityApplicationGroupIdentifier(
       const std::string& group) = 0;
+
+  /// Where the iCloud container lies; nothing when iCloud storage is not available.
+  virtual std::optional<std::string> URLForUbiquityContainerIdentifier(
+      const std::string& identifier) = 0;
 };
 
 }  // namespace norvane

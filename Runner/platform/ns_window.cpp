@@ -16,7 +16,8 @@ std::string frameKey(const std::string& autosaveName) { return "NSWindow Frame "
 }  // namespace
 
 NSWindow::NSWindow(const NSRect& contentRect, NSWindowStyleMask styleMask)
-    : native_(platform().windowServer.makeWindow(*this, contentRect, styleMask)) {}
+    : native_(platform().windowServer.makeWindow(*this, contentRect, styleMask)),
+      styleMask_(styleMask) {}
 
 NSWindow::~NSWindow() = default;
 
@@ -47,12 +48,25 @@ void NSWindow::didResignKey() {
   if (const auto delegate = delegate_.lock()) delegate->windowDidResignKey(*this);
 }
 
+void NSWindow::setStyleMask(NSWindowStyleMask styleMask) {
+  styleMask_ = styleMask;
+  native_->setStyleMask(styleMask);
+}
+
 void NSWindow::setFrameAutosaveName(const std::string& name) {
   frameAutosaveName_ = name;
-  if (name.empty()) return;
-  const auto record = platform().userDefaults.stringForKey(frameKey(name));
+  if (!name.empty()) setFrameUsingName(name);
+}
+
+void NSWindow::setFrameUsingName(const std::string& name) {
+  NSUserDefaults& defaults = platform().userDefaults;
+  const auto record = defaults.stringForKey(frameKey(name));
   if (!record) return;
-  if (const auto frame = parseFrameRecord(*record)) native_->setFrame(*frame, false);
+  if (const auto kept = parseFrameRecord(*record)) {
+    native_->setFrame(*kept, /*animate=*/false);
+  } else {
+    defaults.removeObjectForKey(frameKey(name));
+  }
 }
 
 void NSWindow::frameDidChange() {

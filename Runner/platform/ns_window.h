@@ -60,13 +60,19 @@ class NSWindow : public std::enable_shared_from_this<NSWindow> {
   /// Without a title bar the content is as large as the frame.
   void setContentSize(const NSSize& size);
   void setMinSize(const NSSize& size) { native_->setMinSize(size); }
+  void setMaxSize(const NSSize& size) { native_->setMaxSize(size); }
+  NSWindowStyleMask styleMask() const { return styleMask_; }
+  void setStyleMask(NSWindowStyleMask styleMask);
   void setAppearance(const WindowAppearance& appearance) { native_->setAppearance(appearance); }
 
   void setDelegate(std::weak_ptr<NSWindowDelegate> delegate) { delegate_ = std::move(delegate); }
 
   /// While the name is not empty, every change of the frame is kept in the user defaults under
-  /// "NSWindow Frame " and the name. Setting it applies the frame that is kept there.
+  /// "NSWindow Frame " and the name. Setting it applies the frame that is kept there, and removes
+  /// a record that is none.
   void setFrameAutosaveName(const std::string& name);
+  /// Applies the frame that is kept under `name`; nothing happens when none is.
+  void setFrameUsingName(const std::string& name);
   const std::string& frameAutosaveName() const { return frameAutosaveName_; }
 
   // The desktop's side
@@ -78,6 +84,7 @@ class NSWindow : public std::enable_shared_from_this<NSWindow> {
  private:
   std::unique_ptr<NativeWindow> native_;
   std::shared_ptr<FlutterViewController> contentViewController_;
+  NSWindowStyleMask styleMask_;
   std::weak_ptr<NSWindowDelegate> delegate_;
   std::string frameAutosaveName_;
   bool releasedWhenClosed_ = true;

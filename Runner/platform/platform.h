@@ -4,40 +4,50 @@ namespace norvane {
 
 class ASCredentialIdentityStore;
 class CarbonEventManager;
+class CGEventSource;
 class Crypto;
 class Dispatch;
 class DynamicLoader;
 class FlutterEmbedder;
+class KeyboardInput;
 class Keychain;
 class Log;
 class NSApplication;
 class NSBundle;
 class NSFileManager;
 class NSGraphics;
+class NSPasteboard;
 class NSProcessInfo;
 class NSScreens;
 class NSStatusBar;
 class NSUserDefaults;
 class NSWorkspace;
+class SMAppService;
+class UpdaterFramework;
 class WindowServer;
 
 /// Everything that the host reaches of the operating system and the UI engine.
 struct Platform {
   NSApplication& application;
+  SMAppService& appService;
   CarbonEventManager& carbonEvents;
   ASCredentialIdentityStore& credentialIdentityStore;
   Crypto& crypto;
   Dispatch& dispatch;
   DynamicLoader& dynamicLoader;
+  CGEventSource& eventSource;
   NSFileManager& fileManager;
   FlutterEmbedder& flutter;
   NSGraphics& graphics;
+  KeyboardInput& keyboardInput;
   Keychain& keychain;
   Log& log;
   NSBundle& mainBundle;
+  NSPasteboard& pasteboard;
   NSProcessInfo& processInfo;
   NSScreens& screens;
   NSStatusBar& statusBar;
+  UpdaterFramework& updater;
   NSUserDefaults& userDefaults;
   WindowServer& windowServer;
   NSWorkspace& workspace;

@@ -25,6 +25,10 @@ using NSWindowCollectionBehavior = unsigned;
 inline constexpr NSWindowCollectionBehavior NSWindowCollectionBehaviorCanJoinAllSpaces = 0x1;
 inline constexpr NSWindowCollectionBehavior NSWindowCollectionBehaviorFullScreenAuxiliary = 0x100;
 
+/// No maximum.
+inline constexpr NSSize kUnboundedSize{std::numeric_limits<double>::max(),
+                                       std::numeric_limits<double>::max()};
+
 /// How a window stands among and looks beside the others.
 struct WindowAppearance {
   int level = NSNormalWindowLevel;
@@ -50,6 +54,8 @@ class NativeWindow {
   virtual NSRect frame() const = 0;
   virtual void setFrame(const NSRect& frame, bool animate) = 0;
   virtual void setMinSize(const NSSize& size) = 0;
+  virtual void setMaxSize(const NSSize& size) = 0;
+  virtual void setStyleMask(NSWindowStyleMask styleMask) = 0;
   virtual void setAppearance(const WindowAppearance& appearance) = 0;
 };
 

@@ -3,12 +3,18 @@
 #include <utility>
 
 #include "autofill/auto_fill_bridge.h"
+#include "icloud/icloud_bridge.h"
 #include "platform/flutter/flutter_view_controller.h"
 #include "platform/log.h"
 #include "platform/ns_application.h"
 #include "platform/ns_process_info.h"
 #include "platform/platform.h"
 #include "services/hotkey_config_channel.h"
+#include "services/launch_at_login_channel.h"
+#include "services/secure_clipboard_channel.h"
+#include "services/secure_input_channel.h"
+#include "services/system_idle_channel.h"
+#include "services/updater_channel.h"
 #include "window/core_library_loader.h"
 #include "window/plugin_registrant.h"
 
@@ -32,37 +38,53 @@ void MainFlutterWindow::awakeFromNib() {
   setContentViewController(controller);
   setReleasedWhenClosed(false);
   setMinSize(kMinSize);
-  const auto& messenger = controller->engine().binaryMessenger();
-  openChannels(messenger);
-  if (platform().processInfo.isOperatingSystemAtLeastVersion({11, 0, 0})) {
-    autoFillBridge = AutoFillBridge::make(messenger);
-  }
+  openChannels(controller->engine().binaryMessenger());
   RegisterGeneratedPlugins(*controller);
   NSWindow::awakeFromNib();
   applyFirstLaunchFrame();
 }
 
 void MainFlutterWindow::openChannels(const std::shared_ptr<FlutterBinaryMessenger>& messenger) {
-  deeplinkChannel.emplace("norvane/deeplink", messenger);
-  deeplinkChannel->setMethodCallHandler(
-      [weakSelf = std::weak_ptr(std::static_pointer_cast<MainFlutterWindow>(shared_from_this()))](
-          const FlutterMethodCall& call, FlutterResult result) {
-        const auto self = weakSelf.lock();
-        if (!self) {
-          result(nullptr);
-        } else if (call.method() == "flutterReady") {
-          self->becomeReady();
-          result(nullptr);
-        } else {
-          result(FlutterMethodNotImplemented);
-        }
-      });
-  hotkeyChannel.emplace("norvane/hotkey", messenger);
-  FlutterMethodChannel("cn.kestrio.norvane.hotkey.config", messenger)
-      .setMethodCallHandler(handleHotkeyConfig);
+  const auto weakSelf = weakMainWindow();
+  const auto open = [&](const char* name, FlutterMethodChannel::Handler handler) {
+    FlutterMethodChannel channel(name, messenger);
+    channel.setMethodCallHandler(std::move(handler));
+    return channel;
+  };
+  open("cn.kestrio.norvane.window", windowModesHandler(weakSelf));
+  deeplinkChannel = open("norvane/deeplink", readinessHandler(weakSelf));
+  hotkeyChannel.emplace("norvane/hotkey", messenger);  // the host calls on it, and serves nothing
+  open("cn.kestrio.norvane.hotkey.config", handleHotkeyConfig);
+  open("cn.kestrio.norvane.updater", handleUpdater);
+  open("cn.kestrio.norvane.launch_at_login", handleLaunchAtLogin);
+  open("cn.kestrio.norvane.secure_input", secureInputHandler(weakSelf));
+  open("cn.kestrio.norvane.secure_clipboard", handleSecureClipboard);
+  open("cn.kestrio.norvane.system_idle", handleSystemIdle);
   NSLog(
       "[Norvane] MainFlutterWindow channels registered (deeplink + hotkey + hotkey-config + "
       "secure-input + secure-clipboard + system-idle)");
+  if (platform().processInfo.isOperatingSystemAtLeastVersion({11, 0, 0})) {
+    autoFillBridge = AutoFillBridge::make(messenger);
+  }
+  IcloudBridge::registerOn(FlutterMethodChannel("cn.kestrio.norvane.icloud", messenger));
+}
+
+std::weak_ptr<MainFlutterWindow> MainFlutterWindow::weakMainWindow() {
+  return std::static_pointer_cast<MainFlutterWindow>(shared_from_this());
+}
+
+FlutterMethodChannel::Handler MainFlutterWindow::readinessHandler(
+    std::weak_ptr<MainFlutterWindow> weakWindow) {
+  return [weakWindow = std::move(weakWindow)](const FlutterMethodCall& call, FlutterResult result) {
+    if (const auto window = weakWindow.lock()) {
+      if (call.method() != "flutterReady") {
+        result(FlutterMethodNotImplemented);
+        return;
+      }
+      window->becomeReady();
+    }
+    result(nullptr);
+  };
 }
 
 void MainFlutterWindow::becomeReady() {

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "platform/flutter/flutter_method_channel.h"
+#include "platform/keyboard_input.h"
 #include "platform/ns_window.h"
 
 namespace norvane {
@@ -31,17 +32,24 @@ class MainFlutterWindow : public NSWindow {
   std::shared_ptr<void> autoFillBridge;  ///< absent on systems older than 11.0
   std::optional<FlutterMethodChannel> deeplinkChannel;
   std::optional<FlutterMethodChannel> hotkeyChannel;
-  std::int64_t secureInputRefCount = 0;
+  std::int64_t secureInputRefCount = 0;              ///< "enable" calls without their "disable"
+  std::shared_ptr<TISInputSource> savedInputSource;  ///< to go back to when secure input ends
   bool flutterReady = false;  ///< the UI has called "flutterReady"; never reset
   std::optional<std::string> pendingDeeplink;
-  std::optional<std::string> currentMode;
+  std::optional<std::string> currentMode;  ///< the mode last asked for
 
  private:
   void openChannels(const std::shared_ptr<FlutterBinaryMessenger>& messenger);
+  static FlutterMethodChannel::Handler readinessHandler(std::weak_ptr<MainFlutterWindow> window);
+  std::weak_ptr<MainFlutterWindow> weakMainWindow();
   void becomeReady();
   void sendUrlOpened(const std::string& link);
 
   // window_modes.cpp
+  static FlutterMethodChannel::Handler windowModesHandler(std::weak_ptr<MainFlutterWindow> window);
+  void applyMode(const std::string& mode);
+  void layOut(const std::string& mode);
+  NSSize rememberedVaultSize();
   void applyFirstLaunchFrame();
   void setInitialFrame();
 };

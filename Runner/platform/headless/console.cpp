@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include "platform/flutter/standard_method_codec.h"
+#include "platform/headless/console_events.h"
 #include "platform/headless/console_state.h"
 #include "platform/headless/console_values.h"
 #include "platform/headless/headless_platform.h"
@@ -18,24 +19,6 @@
 
 namespace norvane {
 namespace {
-
-const JsonValue* find(const JsonValue& object, const char* key) {
-  const auto member = object.FindMember(key);
-  return member == object.MemberEnd() ? nullptr : &member->value;
-}
-
-const JsonValue& require(const JsonValue& object, const char* key) {
-  if (const JsonValue* value = find(object, key)) return *value;
-  throw JsonError("\"" + std::string(key) + "\" is missing");
-}
-
-void expectOnly(const JsonValue& object, std::initializer_list<std::string_view> keys) {
-  for (const auto& [name, value] : object.GetObject()) {
-    if (std::ranges::find(keys, textOf(name)) == keys.end()) {
-      throw JsonError("unknown key \"" + std::string(textOf(name)) + "\"");
-    }
-  }
-}
 
 std::string jsonOf(const JsonValue& value) {
   JsonBuffer buffer;
@@ -61,9 +44,18 @@ struct Console::Source {
 Console::Console(HeadlessPlatform& host, GlibDispatch& dispatch)
     : host_(host), dispatch_(dispatch), input_(STDIN_FILENO), openCalls_(std::make_shared<char>()) {
   host_.ui.setObserver(this);
+  host_.updater.setObserver([this] {
+    JsonBuffer line;
+    JsonWriter writer(line);
+    writer.StartObject();
+    member(writer, "desktop", "checkForUpdates");
+    writer.EndObject();
+    print(line);
+  });
 }
 
 Console::~Console() {
+  host_.updater.setObserver({});
   host_.ui.setObserver(nullptr);
   if (!source_) return;
   g_source_destroy(source_);
@@ -150,7 +142,8 @@ void Console::takeLine(const std::string& line) {
 }
 
 void Console::sendCall(const JsonValue& line, const std::string& idJson) {
-  expectOnly(line, {"id", "engine", "channel", "method", "arguments"});
+  constexpr std::string_view kMembers[] = {"id", "engine", "channel", "method", "arguments"};
+  expectOnly(line, kMembers);
   const JsonValue* engineName = find(line, "engine");
   const std::string engine = engineName ? expectText(*engineName, "\"engine\"") : "main";
   const std::string channel = expectText(require(line, "channel"), "\"channel\"");
@@ -165,57 +158,26 @@ void Console::sendCall(const JsonValue& line, const std::string& idJson) {
 void Console::carryOutEvent(JsonDocument& line) {
   const std::string event = expectText(line["desktop"], "\"desktop\"");
   line.RemoveMember("id");
+  line.RemoveMember("desktop");
   if (event == "set") {
-    line.RemoveMember("desktop");
     Profile profile = host_.profile.copy();
     applyToProfile(line, profile);
     host_.setProfile(profile);
-    return;
-  }
-  if (event == "openURL") {
-    expectOnly(line, {"desktop", "url"});
-    const JsonValue& url = require(line, "url");
-    host_.desktop.openURL(url.IsNull() ? std::nullopt : std::optional(expectText(url, "\"url\"")));
-    return;
-  }
-  if (event == "pressKeys") {
-    expectOnly(line, {"desktop", "key", "modifiers"});
-    host_.hotkeys.press({expectCode(require(line, "key"), "\"key\""),
-                         expectCode(require(line, "modifiers"), "\"modifiers\"")});
-    return;
-  }
-  if (event == "activate" || event == "terminate") {
-    expectOnly(line, {"desktop", "application"});
-    const std::string name = expectText(require(line, "application"), "\"application\"");
-    const bool runs = event == "activate" ? host_.desktop.activate(name)
-                                          : host_.desktop.terminateApplication(name);
-    if (!runs) throw JsonError("no application \"" + name + "\" is running");
-    return;
-  }
-  if (event == "launch") {
-    expectOnly(line, {"desktop", "application"});
-    host_.desktop.launchApplication(parseApplication(require(line, "application")));
-    return;
-  }
-  expectOnly(line, {"desktop"});
-  if (event == "clickStatusItem") {
-    if (!host_.statusBar.click()) throw JsonError("there is no status item to click");
-  } else if (event == "closeWindow") {
-    if (!host_.desktop.closeMainWindow()) throw JsonError("the main window is not on screen");
-  } else if (event == "reopen") {
-    host_.desktop.reopen();
+  } else if (event == "settle") {
+    expectOnly(line, {});
+    settling_ = true;
+  } else if (event == "quit") {
+    expectOnly(line, {});
+    quitting_ = true;
+    dispatch_.quit();
   } else if (event == "state") {
+    expectOnly(line, {});
     JsonBuffer state;
     JsonWriter writer(state);
     writeState(writer, host_);
     print(state);
-  } else if (event == "settle") {
-    settling_ = true;
-  } else if (event == "quit") {
-    quitting_ = true;
-    dispatch_.quit();
   } else {
-    throw JsonError("unknown desktop event \"" + event + "\"");
+    carryOutDesktopEvent(event, line, host_);
   }
 }
 

@@ -54,6 +54,12 @@ void writeStatusItem(JsonWriter& writer, const HeadlessStatusBar::Item* item) {
   writer.EndObject();
 }
 
+void writePasteboardItem(JsonWriter& writer, const NSPasteboardItem& item) {
+  writer.StartObject();
+  for (const auto& [type, text] : item.types()) member(writer, type.c_str(), text);
+  writer.EndObject();
+}
+
 void writeItem(JsonWriter& writer, const KeychainDirectory::Item& item) {
   writer.StartObject();
   member(writer, "service", item.name.service);
@@ -107,6 +113,11 @@ void writeState(JsonWriter& writer, HeadlessPlatform& host) {
   writeHotkey(writer, host.hotkeys.registered());
   writer.Key("statusItem");
   writeStatusItem(writer, host.statusBar.item());
+  list(writer, "pasteboard", host.pasteboard.items(),
+       [&](const auto& item) { writePasteboardItem(writer, item); });
+  member(writer, "secureInput", host.keyboard.isSecure());
+  member(writer, "inputSource", std::optional<std::string_view>(host.keyboard.inputSource()));
+  member(writer, "loginItem", static_cast<std::int64_t>(host.appService.status()));
   list(writer, "keychain", host.keychain.items(),
        [&](const auto& item) { writeItem(writer, item); });
   const auto writeEach = [&](const auto& identity) { writeIdentity(writer, identity); };

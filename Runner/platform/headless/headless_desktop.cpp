@@ -76,6 +76,21 @@ bool HeadlessDesktop::closeMainWindow() {
   return true;
 }
 
+bool HeadlessDesktop::resizeMainWindow(NSRect frame) {
+  const auto window = mainWindow_.lock();
+  if (!window || !window->isVisible()) return false;
+  HeadlessWindow& native = nativeWindow(*window);
+  const NSSize least = native.minSize();
+  const NSSize most = native.maxSize();
+  frame.size = {std::max(least.width, std::min(frame.size.width, most.width)),
+                std::max(least.height, std::min(frame.size.height, most.height))};
+  native.setFrame(frame, /*animate=*/false);
+  dispatch_.mainAsync([weakWindow = mainWindow_] {
+    if (const auto moved = weakWindow.lock()) moved->frameDidChange();
+  });
+  return true;
+}
+
 void HeadlessDesktop::quitIfLastWindowClosed() {
   if (hasVisibleWindows()) return;
   if (platform().application.delegate()->applicationShouldTerminateAfterLastWindowClosed()) quit_();
@@ -149,7 +164,7 @@ bool HeadlessDesktop::isKey(const NSWindow& window) const {
   return keyWindow_ && &keyWindow_->owner() == &window;
 }
 
-const HeadlessWindow& HeadlessDesktop::nativeWindow(const NSWindow& window) const {
+HeadlessWindow& HeadlessDesktop::nativeWindow(const NSWindow& window) const {
   return **std::ranges::find_if(
       windows_, [&](const HeadlessWindow* native) { return &native->owner() == &window; });
 }

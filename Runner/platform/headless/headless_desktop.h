@@ -40,6 +40,9 @@ class HeadlessDesktop : public WindowServer,
   void openURL(const std::optional<std::string>& url);
   /// The person closes the main window. False when it is not on screen.
   bool closeMainWindow();
+  /// The person moves or resizes the main window, within its limits. False when it is not on
+  /// screen.
+  bool resizeMainWindow(NSRect frame);
   /// The person reopens the running application.
   void reopen();
   /// Another application comes to the front. False when no such application runs.
@@ -52,7 +55,7 @@ class HeadlessDesktop : public WindowServer,
   /// The bundle identifier of the application in front, where there is one that has one.
   std::optional<std::string> frontApplication() const;
   bool isKey(const NSWindow& window) const;
-  const HeadlessWindow& nativeWindow(const NSWindow& window) const;
+  HeadlessWindow& nativeWindow(const NSWindow& window) const;
 
   // The host's side
 
@@ -99,10 +102,13 @@ class HeadlessWindow : public NativeWindow {
   NSRect frame() const override { return frame_; }
   void setFrame(const NSRect& frame, bool animate) override;
   void setMinSize(const NSSize& size) override { minSize_ = size; }
+  void setMaxSize(const NSSize& size) override { maxSize_ = size; }
+  void setStyleMask(NSWindowStyleMask styleMask) override { styleMask_ = styleMask; }
   void setAppearance(const WindowAppearance& appearance) override { appearance_ = appearance; }
 
   NSWindow& owner() const { return owner_; }
   NSSize minSize() const { return minSize_; }
+  NSSize maxSize() const { return maxSize_; }
   NSWindowStyleMask styleMask() const { return styleMask_; }
   int level() const { return appearance_.level; }
 
@@ -111,6 +117,7 @@ class HeadlessWindow : public NativeWindow {
   NSWindow& owner_;
   NSRect frame_;
   NSSize minSize_;
+  NSSize maxSize_ = kUnboundedSize;
   NSWindowStyleMask styleMask_;
   WindowAppearance appearance_;
   bool visible_ = false;

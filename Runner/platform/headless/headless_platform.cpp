@@ -32,6 +32,12 @@ std::optional<std::string> HeadlessFileManager::containerURLForSecurityApplicati
   return containerPath(dataDirectory_, group);
 }
 
+std::optional<std::string> HeadlessFileManager::URLForUbiquityContainerIdentifier(
+    const std::string& identifier) {
+  if (!profile_.get(&Profile::icloud)) return std::nullopt;
+  return dataDirectory_ + "/Mobile Documents/" + identifier;
+}
+
 std::int32_t HeadlessCrypto::SecRandomCopyBytes(std::span<std::uint8_t> bytes) {
   constexpr std::int32_t kFailed = -1;
   return profile_.get(&Profile::random) ? OpenSslCrypto::SecRandomCopyBytes(bytes) : kFailed;
@@ -48,23 +54,30 @@ HeadlessPlatform::HeadlessPlatform(Profile initialProfile, const std::string& da
       userDefaults(dataDirectory + "/user-defaults.json", log),
       graphics(profile),
       hotkeys(profile),
+      keyboard(profile),
+      appService(dataDirectory, profile),
       desktop(profile, dispatch, std::move(quit)),
       platform{
           .application = application,
+          .appService = appService,
           .carbonEvents = hotkeys,
           .credentialIdentityStore = credentialStore,
           .crypto = crypto,
           .dispatch = dispatch,
           .dynamicLoader = loader,
+          .eventSource = eventSource,
           .fileManager = fileManager,
           .flutter = ui,
           .graphics = graphics,
+          .keyboardInput = keyboard,
           .keychain = keychain,
           .log = log,
           .mainBundle = bundle,
+          .pasteboard = pasteboard,
           .processInfo = desktop,
           .screens = desktop,
           .statusBar = statusBar,
+          .updater = updater,
           .userDefaults = userDefaults,
           .windowServer = desktop,
           .workspace = desktop,

@@ -9,6 +9,7 @@
 #include "platform/headless/headless_graphics.h"
 #include "platform/headless/headless_hotkeys.h"
 #include "platform/headless/headless_keychain.h"
+#include "platform/headless/headless_services.h"
 #include "platform/headless/headless_status_bar.h"
 #include "platform/headless/headless_ui.h"
 #include "platform/headless/live_profile.h"
@@ -39,6 +40,8 @@ class HeadlessFileManager : public LinuxFileManager {
       : dataDirectory_(std::move(dataDirectory)), profile_(profile) {}
   std::optional<std::string> containerURLForSecurityApplicationGroupIdentifier(
       const std::string& group) override;
+  std::optional<std::string> URLForUbiquityContainerIdentifier(
+      const std::string& identifier) override;
 
  private:
   std::string dataDirectory_;
@@ -78,6 +81,11 @@ struct HeadlessPlatform {
   HeadlessGraphics graphics;
   HeadlessHotkeys hotkeys;
   HeadlessStatusBar statusBar;
+  HeadlessKeyboard keyboard;
+  HeadlessPasteboard pasteboard;
+  HeadlessEventSource eventSource;
+  HeadlessAppService appService;
+  HeadlessUpdater updater;
   HeadlessDesktop desktop;
   NSApplication application;
   const Platform platform;

@@ -91,6 +91,8 @@ NSOperatingSystemVersion parseVersion(const JsonValue& value, const std::string&
   throw JsonError(what + " must be a version such as \"14.0.0\"");
 }
 
+std::string parseIdentifier(const JsonValue& value) { return expectText(value, "an identifier"); }
+
 Profile::Screen parseScreen(const JsonValue& value) {
   Profile::Screen screen;
   readMembers(value, "a screen",
@@ -109,6 +111,10 @@ Members membersOf(Profile::KeychainStatuses& statuses) {
   return {{"update", optionalStatusInto(statuses.update)},
           {"add", optionalStatusInto(statuses.add)},
           {"delete", optionalStatusInto(statuses.remove)}};
+}
+
+Members membersOf(Profile::LoginItem& item) {
+  return {{"status", optionalStatusInto(item.status)}, {"error", optionalTextInto(item.error)}};
 }
 
 }  // namespace
@@ -153,6 +159,10 @@ void applyToProfile(const JsonValue& changes, Profile& profile) {
           {"appGroup", booleanInto(changed.appGroup)},
           {"credentialStore", objectInto(changed.credentialStore, membersOf)},
           {"keychain", objectInto(changed.keychain, membersOf)},
+          {"inputSources", listInto(changed.inputSources, parseIdentifier)},
+          {"asciiInputSource", optionalTextInto(changed.asciiInputSource)},
+          {"icloud", booleanInto(changed.icloud)},
+          {"loginItem", objectInto(changed.loginItem, membersOf)},
           {"random", booleanInto(changed.random)},
           {"mainWindow", booleanInto(changed.mainWindow)},
           {"mainWindowVisible", booleanInto(changed.mainWindowVisible)},

@@ -38,6 +38,10 @@ struct Profile {
     bool success = true;
     std::optional<std::string> error;  ///< fails each operation
   };
+  struct LoginItem {
+    std::optional<std::int32_t> status;  ///< instead of the one on disk
+    std::optional<std::string> error;    ///< fails each change
+  };
   /// The status that each call of the keychain answers with, changing nothing.
   struct KeychainStatuses {
     std::optional<std::int32_t> update;
@@ -50,10 +54,15 @@ struct Profile {
   std::vector<Application> applications{{"org.example.editor", "Editor", true, true}};
   std::vector<Hotkey> takenHotkeys;      ///< held by other applications
   std::int32_t hotkeyHandlerStatus = 0;  ///< what installing the hotkey handler answers
+  std::vector<std::string> inputSources{"com.example.keylayout.Pinyin",
+                                        "com.example.keylayout.ABC"};  ///< the first is current
+  std::optional<std::string> asciiInputSource = "com.example.keylayout.ABC";
   std::optional<std::string> appIdentifierPrefix = "TEAM123456";  ///< of the Info dictionary
   bool appGroup = true;                                           ///< has an app-group container
+  bool icloud = true;                                             ///< has an iCloud container
   CredentialStore credentialStore;
   KeychainStatuses keychain;
+  LoginItem loginItem;
   bool random = true;             ///< the random source works
   bool menuBarIcon = true;        ///< the image resource exists
   bool symbols = true;            ///< the system's symbols exist

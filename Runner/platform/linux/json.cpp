@@ -1,5 +1,6 @@
 #include "platform/linux/json.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -48,6 +49,24 @@ JsonDocument parseJson(std::string_view text) {
                     std::to_string(document.GetErrorOffset()) + ")");
   }
   return document;
+}
+
+const JsonValue* find(const JsonValue& object, const char* key) {
+  const auto member = object.FindMember(key);
+  return member == object.MemberEnd() ? nullptr : &member->value;
+}
+
+const JsonValue& require(const JsonValue& object, const char* key) {
+  if (const JsonValue* value = find(object, key)) return *value;
+  throw JsonError("\"" + std::string(key) + "\" is missing");
+}
+
+void expectOnly(const JsonValue& object, std::span<const std::string_view> keys) {
+  for (const auto& [name, value] : object.GetObject()) {
+    if (std::ranges::find(keys, textOf(name)) == keys.end()) {
+      throw JsonError("unknown key \"" + std::string(textOf(name)) + "\"");
+    }
+  }
 }
 
 const JsonValue& expectObject(const JsonValue& value, const std::string& what) {

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -39,6 +40,13 @@ class JsonError : public std::runtime_error {
 
 /// Parses one JSON value of any depth; throws JsonError.
 JsonDocument parseJson(std::string_view text);
+
+/// The member of `object` under `key`; null when it has none.
+const JsonValue* find(const JsonValue& object, const char* key);
+/// The same; throws JsonError when it has none.
+const JsonValue& require(const JsonValue& object, const char* key);
+/// Throws JsonError for a member under any other key.
+void expectOnly(const JsonValue& object, std::span<const std::string_view> keys);
 
 // The value as a type, with `what` naming it in the JsonError that is thrown otherwise.
 const JsonValue& expectObject(const JsonValue& value, const std::string& what);

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace norvane {
+
+enum class SMAppServiceStatus {
+  notRegistered = 0,
+  enabled = 1,
+  requiresApproval = 2,
+  notFound = 3,
+};
+
+/// What a login item's operation failed with.
+struct ServiceError {
+  std::string localizedDescription;  ///< for the user
+  std::string description;           ///< in full, for the log
+};
+
+/// The main application as a login item; needs 13.0. Main thread.
+class SMAppService {
+ public:
+  virtual ~SMAppService() = default;
+
+  virtual SMAppServiceStatus status() const = 0;
+  // Nothing on success.
+  virtual std::optional<ServiceError> registerService() = 0;
+  virtual std::optional<ServiceError> unregisterService() = 0;
+};
+
+}  // namespace norvane

@@ -1,0 +1,146 @@
+#include <cstdlib>
+#include <iostream>
+#include <random>
+
+#include "support/host_test.h"
+#include "window/main_flutter_window.h"
+
+namespace norvane {
+namespace {
+
+constexpr const char* kWindow = "cn.kestrio.norvane.window";
+constexpr const char* kFrameKey = "NSWindow Frame NorvaneMainWindow";
+
+class WindowModesTest : public HostTest {
+ protected:
+  void setMode(const std::string& mode) {
+    EXPECT_EQ(call(kWindow, "setMode", "{\"mode\":\"" + mode + "\"}"), "success null");
+  }
+  static NSRect frame() { return MainFlutterWindow::first()->frame(); }
+};
+
+TEST_F(WindowModesTest, TheReplyComesBeforeTheWindowMoves) {
+  launch();
+  const NSRect before = frame();
+  takeTranscript();
+  send(kWindow, "setMode", "{\"mode\":\"auth\"}");
+  EXPECT_EQ(takeTranscript(), Lines{"reply success null"});
+  EXPECT_EQ(frame(), before);
+  dispatch.settle();
+  EXPECT_EQ(frame(), (NSRect{{310, 167.5}, {820, 540}}));
+}
+
+TEST_F(WindowModesTest, MalformedModesAreTheVaultAndRepeatsChangeNothing) {
+  for (const char* arguments : {"null", "[]", "{}", "{\"mode\":7}", "{\"mode\":null}"}) {
+    relaunch();
+    setMode("auth");
+    EXPECT_EQ(call(kWindow, "setMode", arguments), "success null");
+    EXPECT_EQ(frame().size, (NSSize{940, 600})) << arguments;
+    EXPECT_EQ(MainFlutterWindow::first()->currentMode, "vault");
+  }
+  desktop().resizeMainWindow({{5, 5}, {1000, 700}});
+  setMode("vault");
+  EXPECT_EQ(frame().origin, (NSPoint{5, 5})) << "the mode in force";
+  setMode("other");
+  EXPECT_EQ(frame(), (NSRect{{220, 87.5}, {1000, 700}})) << "another name, the same layout";
+  EXPECT_EQ(call(kWindow, "SetMode"), "notImplemented");
+}
+
+TEST_F(WindowModesTest, WithoutAScreenTheModeIsRecordedAndNothingMoves) {
+  launch();
+  const NSRect before = frame();
+  Profile none;
+  none.screens.clear();
+  desktop().setProfile(none);
+  setMode("auth");
+  EXPECT_EQ(frame(), before);
+  desktop().setProfile({});
+  setMode("auth");
+  EXPECT_EQ(frame(), before) << "a repeat does not try again";
+}
+
+TEST_F(WindowModesTest, ADamagedRecordIsNoFrameInWhicheverLayout) {
+  for (const char* record : {"", "1 2 3", "1 2 3 4 5", "1 2 -3 4", "1 2 3 nan", "x"}) {
+    relaunch();
+    setMode("vault");
+    setMode("auth");
+    host().userDefaults.setString(record, kFrameKey);
+    setMode("vault");
+    EXPECT_EQ(frame().size, (NSSize{940, 600})) << record;
+  }
+}
+
+// What the layouts should come to, worked out another way: from edges instead of centres.
+
+NSRect between(const NSRect& area, double width, double height) {
+  const double left = area.origin.x + (area.size.width - width) / 2;
+  const double bottom = area.origin.y + (area.size.height - height) / 2;
+  return {{left, bottom}, {width, height}};
+}
+
+void expectNear(const NSRect& got, const NSRect& expected) {
+  const double scale = 1 + std::abs(expected.origin.x) + std::abs(expected.origin.y) +
+                       expected.size.width + expected.size.height;
+  ASSERT_NEAR(got.origin.x, expected.origin.x, 1e-9 * scale);
+  ASSERT_NEAR(got.origin.y, expected.origin.y, 1e-9 * scale);
+  ASSERT_NEAR(got.size.width, expected.size.width, 1e-9 * scale);
+  ASSERT_NEAR(got.size.height, expected.size.height, 1e-9 * scale);
+}
+
+TEST_F(WindowModesTest, RandomLayoutsMatchTheFormulaAcrossLaunches) {
+  const char* given = std::getenv("NORVANE_TEST_SEED");
+  const auto seed = given ? std::strtoul(given, nullptr, 10) : std::random_device{}();
+  std::cout << "seed " << seed << std::endl;
+  std::mt19937 random(seed);
+  const auto number = [&](double low, double high) {
+    return std::uniform_real_distribution(low, high)(random);
+  };
+  relaunch();
+  bool vaultWasShown = false;
+  NSSize remembered{940, 600};
+  std::string mode;
+  for (int step = 0; step < 1500; ++step) {
+    Profile profile;
+    const double largest = random() % 8 == 0 ? 1e7 : 3000;
+    const NSRect visible{{number(-5000, 5000), number(-5000, 5000)},
+                         {number(1, largest), number(1, largest)}};
+    profile.screens = {{visible, visible}};
+    switch (random() % 4) {
+      case 0:
+        relaunch(profile);
+        mode.clear();
+        expectNear({{}, frame().size}, {{}, remembered});
+        break;
+      case 1:
+        if (mode == "auth") break;
+        desktop().resizeMainWindow({{number(-9000, 9000), 0}, {number(0, 4000), number(0, 4000)}});
+        dispatch.settle();
+        remembered = frame().size;
+        ASSERT_GE(remembered.width, 940);
+        ASSERT_GE(remembered.height, 600);
+        break;
+      default: {
+        desktop().setProfile(profile);
+        const std::string next = random() % 2 ? "auth" : "vault" + std::to_string(random() % 2);
+        const bool changes = next != std::exchange(mode, next);
+        const NSRect before = frame();
+        setMode(next);
+        if (!changes) {
+          expectNear(frame(), before);
+        } else if (next == "auth") {
+          expectNear(frame(), between(visible, 820, 540));
+        } else {
+          if (!std::exchange(vaultWasShown, true)) remembered = {940, 600};
+          remembered = {std::min(remembered.width, std::max(visible.size.width - 80, 0.0)),
+                        std::min(remembered.height, std::max(visible.size.height - 80, 0.0))};
+          expectNear(frame(), between(visible, remembered.width, remembered.height));
+          if (remembered.width == 0 || remembered.height == 0) remembered = {940, 600};
+        }
+      }
+    }
+    if (HasFatalFailure()) FAIL() << "step " << step;
+  }
+}
+
+}  // namespace
+}  // namespace norvane
