@@ -13,54 +13,12 @@
 #include <vector>
 
 #include <benchmark/benchmark.h>
-#include <malloc.h>
 
+#include "heap_use.h"
 #include "platform/flutter/standard_method_codec.h"
-
-// Every allocation of this program ends in malloc, operator new and the codec's own buffers alike.
-extern "C" {
-void* __libc_malloc(std::size_t size);
-void __libc_free(void* memory);
-}
-
-namespace {
-
-struct Heap {
-  std::int64_t allocations = 0;
-  std::int64_t live = 0;
-  std::int64_t peak = 0;
-};
-thread_local Heap heap;
-
-}  // namespace
-
-extern "C" void* malloc(std::size_t size) noexcept {
-  void* memory = __libc_malloc(size);
-  ++heap.allocations;
-  heap.live += static_cast<std::int64_t>(malloc_usable_size(memory));
-  heap.peak = std::max(heap.peak, heap.live);
-  return memory;
-}
-
-extern "C" void free(void* memory) noexcept {
-  heap.live -= static_cast<std::int64_t>(malloc_usable_size(memory));
-  __libc_free(memory);
-}
 
 namespace norvane {
 namespace {
-
-/// What a stretch of code took of the heap.
-class HeapUse {
- public:
-  HeapUse() : before_(heap) { heap.peak = heap.live; }
-  double allocations() const { return static_cast<double>(heap.allocations - before_.allocations); }
-  /// The most that was held at once beyond what was held before.
-  double peak() const { return static_cast<double>(heap.peak - before_.live); }
-
- private:
-  Heap before_;
-};
 
 using Clock = std::chrono::steady_clock;
 

@@ -45,7 +45,6 @@ class NSWindow : public std::enable_shared_from_this<NSWindow> {
     return contentViewController_;
   }
 
-  void orderFront() { native_->orderFront(); }
   void makeKeyAndOrderFront() { native_->makeKeyAndOrderFront(); }
   void orderOut() { native_->orderOut(); }
   bool isVisible() const { return native_->isVisible(); }
@@ -77,6 +76,7 @@ class NSWindow : public std::enable_shared_from_this<NSWindow> {
 
   // The desktop's side
 
+  void orderFront() { native_->orderFront(); }
   /// The person or the desktop has moved or resized the window.
   void frameDidChange();
   void didResignKey();

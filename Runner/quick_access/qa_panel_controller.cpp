@@ -28,8 +28,8 @@ constexpr WindowAppearance kAppearance{
 };
 
 std::shared_ptr<QAPanel> makePanel(const std::shared_ptr<FlutterViewController>& viewController) {
-  const auto panel = platform().application.makeWindow<QAPanel>(
-      NSRect{{0, 0}, kPanelSize}, NSWindowStyleMaskNonactivatingPanel);
+  auto panel = platform().application.makeWindow<QAPanel>(NSRect{{0, 0}, kPanelSize},
+                                                          NSWindowStyleMaskNonactivatingPanel);
   panel->setContentViewController(viewController);
   panel->setContentSize(kPanelSize);
   panel->setAppearance(kAppearance);

@@ -55,16 +55,18 @@ bool onePasswordIsRunning() {
 
 std::vector<HotkeyChainEntry> hotkeyCandidates(std::string_view choice) {
   auto rows = hotkeyCandidateTable;
+  const auto putFirst = [&](auto isFirst) {
+    std::stable_partition(rows.begin(), rows.end(), isFirst);
+  };
   if (choice != "auto") {
-    std::ranges::stable_partition(rows,
-                                  [&](const HotkeyCandidate& row) { return row.code == choice; });
+    putFirst([&](const HotkeyCandidate& row) { return row.code == choice; });
   } else if (onePasswordIsRunning()) {
-    std::ranges::stable_partition(rows, [](const HotkeyCandidate& row) {
-      return !contains(onePasswordShadowedCodes, row.code);
-    });
+    putFirst(
+        [](const HotkeyCandidate& row) { return !contains(onePasswordShadowedCodes, row.code); });
     NSLog("[Norvane] 1Password 运行中 — ⌘\\ / ⌘⇧Space 降级到候选链尾");
   }
   std::vector<HotkeyChainEntry> chain;
+  chain.reserve(rows.size());
   for (const HotkeyCandidate& row : rows) chain.push_back({row.label, row.mods, row.key});
   return chain;
 }

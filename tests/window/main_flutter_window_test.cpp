@@ -111,7 +111,7 @@ TEST_F(MainFlutterWindowTest, TheFirstLaunchCentresAFrameWithinItsLimits) {
        }) {
     std::filesystem::remove(directory.path / "user-defaults.json");
     Profile profile;
-    profile.screens = {{visible, visible}};
+    profile.screens = {Profile::Screen{visible}};
     relaunch(profile);
     EXPECT_EQ(mainFrame(), expected);
     EXPECT_TRUE(userDefaults().boolForKey("NorvaneDidSetInitialFrameV4"));

@@ -104,7 +104,7 @@ TEST_F(WindowModesTest, RandomLayoutsMatchTheFormulaAcrossLaunches) {
     const double largest = random() % 8 == 0 ? 1e7 : 3000;
     const NSRect visible{{number(-5000, 5000), number(-5000, 5000)},
                          {number(1, largest), number(1, largest)}};
-    profile.screens = {{visible, visible}};
+    profile.screens = {Profile::Screen{visible}};
     switch (random() % 4) {
       case 0:
         relaunch(profile);

@@ -115,8 +115,7 @@ void Console::turn() {
   } else if (!input_.ended()) {
     input_.read();
   } else {
-    quitting_ = true;
-    dispatch_.quit();
+    quit();
   }
 }
 
@@ -157,28 +156,33 @@ void Console::sendCall(const JsonValue& line, const std::string& idJson) {
 
 void Console::carryOutEvent(JsonDocument& line) {
   const std::string event = expectText(line["desktop"], "\"desktop\"");
-  line.RemoveMember("id");
   line.RemoveMember("desktop");
   if (event == "set") {
+    line.RemoveMember("id");
     Profile profile = host_.profile.copy();
     applyToProfile(line, profile);
     host_.setProfile(profile);
-  } else if (event == "settle") {
-    expectOnly(line, {});
-    settling_ = true;
-  } else if (event == "quit") {
-    expectOnly(line, {});
-    quitting_ = true;
-    dispatch_.quit();
-  } else if (event == "state") {
-    expectOnly(line, {});
-    JsonBuffer state;
-    JsonWriter writer(state);
-    writeState(writer, host_);
-    print(state);
+  } else if (event == "settle" || event == "quit" || event == "state") {
+    constexpr std::string_view kMembers[] = {"id"};
+    expectOnly(line, kMembers);
+    if (event == "settle") settling_ = true;
+    if (event == "quit") quit();
+    if (event == "state") printState();
   } else {
     carryOutDesktopEvent(event, line, host_);
   }
+}
+
+void Console::printState() {
+  JsonBuffer line;
+  JsonWriter writer(line);
+  writeState(writer, host_);
+  print(line);
+}
+
+void Console::quit() {
+  quitting_ = true;
+  dispatch_.quit();
 }
 
 void Console::started(std::string_view engine, std::string_view entrypoint) {
@@ -248,8 +252,7 @@ void Console::print(const JsonBuffer& line) {
   text += '\n';
   if (!writeAll(STDOUT_FILENO, text)) return;
   // Nobody listens any more.
-  quitting_ = true;
-  dispatch_.quit();
+  quit();
 }
 
 }  // namespace norvane

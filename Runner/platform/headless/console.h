@@ -40,7 +40,9 @@ class Console : public UiObserver {
   void sendCall(const JsonValue& line, const std::string& idJson);
   void carryOutEvent(JsonDocument& line);
   void printReply(const std::string& idJson, Bytes message);
+  void printState();
   void print(const JsonBuffer& line);
+  void quit();
 
   HeadlessPlatform& host_;
   GlibDispatch& dispatch_;

@@ -101,7 +101,9 @@ void carryOutDesktopEvent(const std::string& event, const JsonValue& arguments,
                           HeadlessPlatform& host) {
   const auto found = events().find(event);
   if (found == events().end()) throw JsonError("unknown desktop event \"" + event + "\"");
-  expectOnly(arguments, found->second.members);
+  auto members = found->second.members;
+  members.emplace_back("id");  // any line may have one
+  expectOnly(arguments, members);
   found->second.carryOut(arguments, host);
 }
 

@@ -24,6 +24,15 @@ std::optional<Profile::Application> frontOf(const std::vector<Profile::Applicati
   return front == applications.end() ? std::nullopt : std::optional(*front);
 }
 
+bool areSameApplication(const Profile::Application& a, const Profile::Application& b) {
+  return a.bundleIdentifier == b.bundleIdentifier && (a.bundleIdentifier || a.name == b.name);
+}
+
+/// A panel is not what a person means by the application's window.
+bool isVisibleMainWindow(const HeadlessWindow* window) {
+  return window->isVisible() && window->owner().canBecomeMainWindow();
+}
+
 NSRunningApplication ownApplication() {
   return {.bundleIdentifier = platform().mainBundle.bundleIdentifier(),
           .localizedName = "Norvane",
@@ -58,7 +67,7 @@ void HeadlessDesktop::setProfile(const Profile& profile) {
   const auto before = frontOf(profile_.get(&Profile::applications));
   profile_.change([&](Profile& current) { current = profile; });
   const auto after = frontOf(profile.applications);
-  if (after && after != before) deactivate();
+  if (after && (!before || !areSameApplication(*before, *after))) deactivate();
   if (mainInterface_.makeMainWindow) makeMainWindowIfAsked();
 }
 
@@ -151,8 +160,15 @@ void HeadlessDesktop::setKeyWindow(HeadlessWindow* window) {
   });
 }
 
+// The active application's main window has the keyboard when no other window of it does.
+void HeadlessDesktop::giveKeyBack() {
+  if (!active_ || keyWindow_) return;
+  const auto next = std::ranges::find_if(windows_, &isVisibleMainWindow);
+  if (next != windows_.end()) setKeyWindow(*next);
+}
+
 bool HeadlessDesktop::hasVisibleWindows() const {
-  return std::ranges::any_of(windows_, &HeadlessWindow::isVisible);
+  return std::ranges::any_of(windows_, &isVisibleMainWindow);
 }
 
 std::optional<std::string> HeadlessDesktop::frontApplication() const {
@@ -180,6 +196,7 @@ void HeadlessDesktop::activateIgnoringOtherApps() {
   profile_.change([](Profile& profile) {
     for (Profile::Application& application : profile.applications) application.active = false;
   });
+  giveKeyBack();
 }
 
 std::optional<NSRect> HeadlessDesktop::mainScreenVisibleFrame() const {
@@ -229,7 +246,9 @@ void HeadlessWindow::makeKeyAndOrderFront() {
 
 void HeadlessWindow::orderOut() {
   visible_ = false;
-  if (desktop_.keyWindow_ == this) desktop_.setKeyWindow(nullptr);
+  if (desktop_.keyWindow_ != this) return;
+  desktop_.setKeyWindow(nullptr);
+  desktop_.giveKeyBack();
 }
 
 void HeadlessWindow::setFrame(const NSRect& frame, bool /*animate*/) { frame_ = frame; }

@@ -75,6 +75,7 @@ class HeadlessDesktop : public WindowServer,
   void quitIfLastWindowClosed();
   void deactivate();
   void setKeyWindow(HeadlessWindow* window);
+  void giveKeyBack();
   bool hasVisibleWindows() const;
 
   LiveProfile& profile_;

@@ -22,7 +22,9 @@ void HeadlessUi::run(FlutterEngine& engine, std::string_view entrypoint) {
   if (observer_) observer_->started(engine.name(), entrypoint);
 }
 
-void HeadlessUi::shutDown(FlutterEngine& engine) { engines_.erase(engine.name()); }
+void HeadlessUi::shutDown(FlutterEngine& engine) {
+  std::erase_if(engines_, [&](const auto& entry) { return entry.second == &engine; });
+}
 
 void HeadlessUi::send(FlutterEngine& engine, std::string_view channel, Bytes message) {
   if (observer_) observer_->called(engine.name(), channel, std::move(message));

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <functional>
 #include <map>
 #include <utility>
@@ -94,10 +95,14 @@ NSOperatingSystemVersion parseVersion(const JsonValue& value, const std::string&
 std::string parseIdentifier(const JsonValue& value) { return expectText(value, "an identifier"); }
 
 Profile::Screen parseScreen(const JsonValue& value) {
-  Profile::Screen screen;
+  NSRect frame;
+  std::optional<NSRect> visibleFrame;
   readMembers(value, "a screen",
-              {{"frame", rectInto(screen.frame)}, {"visibleFrame", rectInto(screen.visibleFrame)}});
-  return screen;
+              {{"frame", rectInto(frame)},
+               {"visibleFrame", [&](const JsonValue& rect, const std::string& what) {
+                  visibleFrame = parseRect(rect, what);
+                }}});
+  return {.visibleFrame = visibleFrame.value_or(frame)};
 }
 
 Members membersOf(Profile::CredentialStore& store) {
@@ -132,7 +137,12 @@ Profile::Application parseApplication(const JsonValue& value) {
 NSRect parseRect(const JsonValue& value, const std::string& what) {
   if (expectArray(value, what).Size() != 4)
     throw JsonError(what + " must be [x, y, width, height]");
-  const auto number = [&](rapidjson::SizeType i) { return expectNumber(value[i], what); };
+  constexpr double kLargest = 1e9;  // beyond that no point is a place on a desktop
+  const auto number = [&](rapidjson::SizeType i) {
+    const double coordinate = expectNumber(value[i], what);
+    if (std::abs(coordinate) > kLargest) throw JsonError(what + " is too large");
+    return coordinate;
+  };
   const NSRect rect{{number(0), number(1)}, {number(2), number(3)}};
   if (rect.size.width < 0 || rect.size.height < 0) throw JsonError(what + " has a negative size");
   return rect;

@@ -21,8 +21,8 @@ struct Hotkey {
 /// What the simulated desktop is like; docs/console.md describes the keys.
 struct Profile {
   struct Screen {
-    NSRect frame;
-    NSRect visibleFrame;
+    NSRect
+        visibleFrame;  ///< without menu bar and dock; all of the screen when nothing else is said
   };
   /// Another running application.
   struct Application {
@@ -30,7 +30,6 @@ struct Profile {
     std::optional<std::string> name;
     bool icon = false;
     bool active = false;  ///< in front; at most one is
-    bool operator==(const Application&) const = default;
   };
   struct CredentialStore {
     bool isEnabled = true;
@@ -50,7 +49,7 @@ struct Profile {
   };
 
   NSOperatingSystemVersion osVersion{14, 0, 0};
-  std::vector<Screen> screens{{{{0, 0}, {1440, 900}}, {{0, 0}, {1440, 875}}}};
+  std::vector<Screen> screens{{{{0, 0}, {1440, 875}}}};
   std::vector<Application> applications{{"org.example.editor", "Editor", true, true}};
   std::vector<Hotkey> takenHotkeys;      ///< held by other applications
   std::int32_t hotkeyHandlerStatus = 0;  ///< what installing the hotkey handler answers

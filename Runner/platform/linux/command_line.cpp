@@ -6,6 +6,7 @@
 #include <glib.h>
 
 #include "platform/linux/data_directory.h"
+#include "platform/utf8.h"
 
 namespace norvane {
 namespace {
@@ -84,6 +85,10 @@ CommandLine parseCommandLine(int argc, char** argv) {
     return usageError(std::string("no platform is named ") + platformName.get());
   }
   if (directory && !*directory) return usageError("--data-dir needs a directory");
+  // Paths below it are told to the UI, whose texts are UTF-8.
+  if (directory && !isWellFormedUtf8(directory.get())) {
+    return usageError("--data-dir must be UTF-8");
+  }
   return {
       .dataDirectory = directory ? directory.get() : DataDirectory::defaultPath(),
       .desktopProfile = profile ? std::optional<std::string>(profile.get()) : std::nullopt,

@@ -78,8 +78,9 @@ void GlibDispatch::mainAsync(Task task) {
 }
 
 void GlibDispatch::mainAfter(double seconds, Task task) {
+  // The main loop may outlive the dispatch.
   struct Delayed {
-    GlibDispatch* dispatch;
+    std::weak_ptr<GlibDispatch*> dispatch;
     Task task;
   };
   ++delayed_;
@@ -88,11 +89,13 @@ void GlibDispatch::mainAfter(double seconds, Task task) {
       G_PRIORITY_DEFAULT, milliseconds,
       [](gpointer data) -> gboolean {
         auto* delayed = static_cast<Delayed*>(data);
-        delayed->dispatch->mainAsync(std::move(delayed->task));
-        --delayed->dispatch->delayed_;
+        if (const auto dispatch = delayed->dispatch.lock()) {
+          (*dispatch)->mainAsync(std::move(delayed->task));
+          --(*dispatch)->delayed_;
+        }
         return G_SOURCE_REMOVE;
       },
-      std::make_unique<Delayed>(Delayed{this, std::move(task)}).release(),
+      std::make_unique<Delayed>(Delayed{self_, std::move(task)}).release(),
       [](gpointer data) { std::unique_ptr<Delayed>(static_cast<Delayed*>(data)); });
 }
 

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <deque>
+#include <memory>
 #include <mutex>
 #include <thread>
 #include <vector>
@@ -46,6 +47,7 @@ class GlibDispatch : public Dispatch {
   _GSource* source_;
   bool quitting_ = false;
 
+  const std::shared_ptr<GlibDispatch*> self_ = std::make_shared<GlibDispatch*>(this);
   std::mutex mainMutex_;
   std::deque<Task> mainTasks_;
   std::atomic<int> delayed_ = 0;

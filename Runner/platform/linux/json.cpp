@@ -13,6 +13,19 @@
 namespace norvane {
 namespace {
 
+// Deeper than any message may nest, and far from costing a stack.
+constexpr int kMaxDepth = 256;
+
+bool nestsDeeperThan(const JsonValue& value, int levels) {
+  const auto deeper = [&](const JsonValue& inner) {
+    return levels == 0 || nestsDeeperThan(inner, levels - 1);
+  };
+  if (value.IsArray()) return std::ranges::any_of(value.GetArray(), deeper);
+  if (!value.IsObject()) return false;
+  return std::ranges::any_of(value.GetObject(),
+                             [&](const auto& member) { return deeper(member.value); });
+}
+
 void expect(bool fits, const std::string& what, const char* type) {
   if (!fits) throw JsonError(what + " must be " + type);
 }
@@ -40,7 +53,7 @@ void JsonAllocator::Free(void* memory) {
 
 JsonDocument parseJson(std::string_view text) {
   JsonDocument document;
-  // Iterative: depth must not cost stack. A NUL would end the text for the parser's own stream.
+  // Iterative: the text's depth must not cost stack before it is known.
   document.Parse<rapidjson::kParseValidateEncodingFlag | rapidjson::kParseIterativeFlag>(
       text.data(), text.size());
   if (document.HasParseError()) {
@@ -48,6 +61,7 @@ JsonDocument parseJson(std::string_view text) {
                     rapidjson::GetParseError_En(document.GetParseError()) + " (at byte " +
                     std::to_string(document.GetErrorOffset()) + ")");
   }
+  if (nestsDeeperThan(document, kMaxDepth)) throw JsonError("nested too deep");
   return document;
 }
 

@@ -38,7 +38,7 @@ class JsonError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-/// Parses one JSON value of any depth; throws JsonError.
+/// Parses one JSON value, which may nest some hundred levels; throws JsonError.
 JsonDocument parseJson(std::string_view text);
 
 /// The member of `object` under `key`; null when it has none.

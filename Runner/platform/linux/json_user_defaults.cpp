@@ -14,9 +14,7 @@ JsonUserDefaults::JsonUserDefaults(std::string path, Log& log) : path_(std::move
   try {
     load();
   } catch (const JsonError& error) {
-    values_.clear();
-    std::error_code ignored;
-    std::filesystem::rename(path_, path_ + ".damaged", ignored);
+    std::filesystem::rename(path_, path_ + ".damaged");
     log_.write("[Norvane] user defaults set aside as " + path_ + ".damaged: " + error.what());
   }
 }
@@ -25,11 +23,9 @@ void JsonUserDefaults::load() {
   if (!std::filesystem::exists(path_)) return;
   const JsonDocument document = parseJson(textOf(readFile(path_)));
   for (const auto& [key, value] : expectObject(document, "the file").GetObject()) {
-    if (value.IsBool()) {
-      values_[std::string(textOf(key))] = value.GetBool();
-    } else {
-      values_[std::string(textOf(key))] = expectText(value, "each value");
-    }
+    // Values of other types are nobody's: they read as absent, and go with the next change.
+    if (value.IsBool()) values_[std::string(textOf(key))] = value.GetBool();
+    if (value.IsString()) values_[std::string(textOf(key))] = std::string(textOf(value));
   }
 }
 
