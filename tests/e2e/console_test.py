@@ -3,15 +3,19 @@
 NORVANE_BUNDLE names the bundle to test; tools/ must be on PYTHONPATH.
 """
 
+import base64
 import json
 import os
 import re
 import shutil
 import signal
 import stat
+import struct
 import subprocess
 import tempfile
+import time
 import unittest
+import zlib
 
 from console_client import TIMEOUT, Host
 
@@ -19,7 +23,10 @@ BUNDLE = os.path.abspath(os.environ["NORVANE_BUNDLE"])
 EXECUTABLE = os.path.join(BUNDLE, "Contents/MacOS/Norvane")
 LIBRARY = "Contents/Frameworks/libffi_bridge.dylib"
 READY = {"channel": "norvane/deeplink", "method": "flutterReady"}
+AUTOFILL = "cn.kestrio.norvane.autofill"
 LOADED = "[Norvane] loaded Rust library at: "
+HOTKEY = "[Norvane] global hotkey ⌘\\ registered (status=0)"
+RECEIVED = "[Norvane] received deeplink: "
 FORCED = "[Norvane] forced MainFlutterWindow visible (post-launch fallback)"
 NOT_FOUND = "[Norvane] no MainFlutterWindow found post-launch"
 
@@ -82,7 +89,23 @@ class Protocol(HostTest):
             ({"desktop": "set", "applications": [], "osVersion": "14.x"}, "osVersion"),
             ({"desktop": "set", "applications": [{"active": True}] * 2}, "applications"),
             ({"desktop": "set", "applications": [], "screens": [{"frame": [0, 0, 1]}]}, "frame"),
+            ({"desktop": "pressKeys", "key": 42}, "modifiers"),
+            ({"desktop": "pressKeys", "key": -1, "modifiers": 256}, "key"),
+            ({"desktop": "clickStatusItem", "button": 2}, "button"),
+            ({"desktop": "resizeWindow", "frame": [0, 0, -9, 9]}, "negative"),
+            ({"desktop": "activate", "application": "org.example.none"}, "running"),
+            ({"desktop": "launch", "application": "org.example.mail"}, "application"),
+            ({"desktop": "launch", "application": {"pid": 1}}, "pid"),
+            ({"desktop": "terminate", "application": "org.example.none"}, "running"),
+            ({"desktop": "copy", "text": None}, "text"),
+            ({"desktop": "selectInputSource", "id": "com.example.keylayout.None"}, "source"),
+            ({"desktop": "input", "type": "5"}, "type"),
         ]
+        faults += [({"desktop": "set", "icloud": False, key: value}, "") for key, value in {
+            "takenHotkeys": [[42]], "hotkeyHandlerStatus": None, "inputSources": [5],
+            "asciiInputSource": 5, "appIdentifierPrefix": 5, "appGroup": 1, "random": "false",
+            "credentialStore": {"enabled": True}, "keychain": {"update": "x"},
+            "loginItem": {"status": 1.5}, "menuBarIcon": 0, "symbols": []}.items()]
         with self.start() as host:
             host.settle()
             before = host.state()
@@ -91,13 +114,55 @@ class Protocol(HostTest):
                     expected = {}
                     if isinstance(line, dict):
                         line = {"id": number, **line}
-                        expected = {"id": number}
+                        expected = {"id": line["id"]}
                     host.send(line)
                     answer = host.read()
-                    self.assertIn(named, answer.pop("error"))
+                    self.assertIn(named, answer.pop("error"), line)
                     self.assertEqual(answer, expected)
             self.assertEqual(host.state(), before)
             self.assertEqual(host.settle(), [])
+
+    def test_an_event_happens_once_and_prints_nothing(self):
+        mail = {"bundleIdentifier": "org.example.mail", "active": True}
+        events = [
+            ("openURL", {"url": "norvane://x"}, "frontApplication", "cn.kestrio.norvane"),
+            ("activate", {"application": "org.example.editor"}, "frontApplication",
+             "org.example.editor"),
+            ("launch", {"application": mail}, "frontApplication", "org.example.mail"),
+            ("terminate", {"application": "org.example.mail"}, "frontApplication", None),
+            ("reopen", {}, "active", True),
+            ("copy", {"text": "é"}, "pasteboard", [{"public.utf8-plain-text": "é"}]),
+            ("selectInputSource", {"id": "com.example.keylayout.ABC"}, "inputSource",
+             "com.example.keylayout.ABC"),
+            ("resizeWindow", {"frame": [1, 2, 1000, 1]}, "frame", [1, 2, 1000, 600]),
+            ("closeWindow", {}, "visible", False),
+        ]
+        with self.start() as host:
+            host.settle()
+            for name, keys, observed, expected in events:
+                with self.subTest(name):
+                    host.event(name, **keys)
+                    self.assertEqual(host.settle(), [])
+                    state = host.state()
+                    self.assertEqual((state | state["windows"][0])[observed], expected)
+            before = time.monotonic()
+            host.event("input", type=5)
+            idle = host.call("cn.kestrio.norvane.system_idle", "idleSeconds")["value"]
+            self.assertLessEqual(idle, time.monotonic() - before)
+
+    def test_what_is_set_later_counts_and_an_object_is_replaced_whole(self):
+        with self.start() as host:
+            state = {"isEnabled": True, "supportsIncrementalUpdates": True}
+            for key in state:
+                host.event("set", credentialStore={key: False})
+                self.assertEqual(host.call(AUTOFILL, "getState")["value"], state | {key: False})
+            for name, status in [("update", -5), ("add", -7)]:
+                host.event("set", keychain={name: status})
+                self.assertEqual(host.call(AUTOFILL, "syncVaultSnapshot").get("message"),
+                                 f"keychain status {status}")
+            for item, status in [({"status": 2}, 2), ({"error": "no"}, 0)]:
+                host.event("set", loginItem=item)
+                self.assertEqual(host.state()["loginItem"], status)
 
     def test_any_json_value_is_echoed_as_the_id(self):
         with self.start() as host:
@@ -149,6 +214,17 @@ class Protocol(HostTest):
                                stderr=subprocess.DEVNULL, timeout=TIMEOUT, check=False)
         self.assertEqual(ended.returncode, 0)
 
+    def test_a_standard_stream_that_is_closed_is_no_file_of_the_host(self):
+        for closed in ("<&-", ">&-", "<&- >&- 2>&-"):
+            with self.subTest(closed):
+                script = f'exec "$0" --data-dir "$1" {closed}'
+                subprocess.run(["sh", "-c", script, EXECUTABLE, self.data], env=environment(),
+                               stdin=subprocess.DEVNULL, capture_output=True, timeout=TIMEOUT,
+                               check=True)
+                with open(self.defaults, "rb") as file:
+                    self.assertIs(json.load(file)["NorvaneDidSetInitialFrameV4"], True)
+                shutil.rmtree(self.data)
+
     def test_no_link_and_no_path_can_forge_a_log_line(self):
         forged = "\n[Norvane] forged\r\x1b[2J\x7f\x85\x9b\u2028\u2029\t\0"
         library = self.path("library" + forged.rstrip("\0") + ".dylib")
@@ -162,6 +238,7 @@ class Protocol(HostTest):
             host.event("openURL", url="norvane://" + forged)
             _, _, log = host.quit()
         self.assertTrue(log[0].startswith(LOADED + self.root))
+        self.assertEqual(sum(line.startswith(RECEIVED) for line in log), len(links), log)
         for line in log:
             self.assertRegex(line, r"\A\[Norvane\] [^\x00-\x1f\x7f-\x9f\u2028\u2029]+\Z")
 
@@ -213,11 +290,16 @@ class Files(HostTest):
             self.assertTrue(host.state()["windows"])
 
     def test_what_is_kept_is_for_its_owner_alone(self):
-        new = self.path("new")
-        self.run_host("--data-dir", os.path.join(new, ""))
-        self.assertEqual(stat.S_IMODE(os.stat(new).st_mode), 0o700)
-        for name in os.listdir(new):
-            self.assertEqual(stat.S_IMODE(os.stat(os.path.join(new, name)).st_mode), 0o600, name)
+        with self.start() as host:
+            for method in ("syncVaultSnapshot", "registerCredentials"):
+                self.assertEqual(host.call(AUTOFILL, method)["reply"], "success")
+            host.quit()
+        kept = list(os.walk(self.data))
+        self.assertGreaterEqual(sum(len(files) for _, _, files in kept), 5, kept)
+        for directory, _, files in kept:
+            self.assertEqual(stat.S_IMODE(os.stat(directory).st_mode), 0o700, directory)
+            for path in (os.path.join(directory, name) for name in files):
+                self.assertEqual(stat.S_IMODE(os.stat(path).st_mode), 0o600, path)
 
     def test_frames_and_user_defaults_outlive_a_killed_host(self):
         screen = [0, 0, 2560, 1400]
@@ -233,7 +315,7 @@ class Files(HostTest):
         self.assertEqual(after["userDefaults"], before["userDefaults"])
 
     def test_damaged_user_defaults_are_set_aside_with_one_log_line(self):
-        for content in [b"", b"{", b"\xff\xfe", [], {"key": 5}]:
+        for content in [b"", b"{", b"\xff\xfe", []]:
             with self.subTest(content=content):
                 self.write(self.defaults, content)
                 with open(self.defaults, "rb") as file:
@@ -268,6 +350,14 @@ class CoreLibrary(HostTest):
             elif name in contents:
                 self.write(path, b"not a library")
 
+    def test_a_bundle_that_is_started_through_a_link_finds_its_library(self):
+        self.place(bundle="good")
+        link = self.path("norvane")
+        os.symlink(os.path.join(self.bundle, "Contents/MacOS/Norvane"), link)
+        ended = subprocess.run([link, "--data-dir", self.data], env=environment(), check=True,
+                               stdin=subprocess.DEVNULL, capture_output=True, encoding="utf-8")
+        self.assertIn(LOADED + self.places["bundle"], ended.stderr)
+
     def test_the_first_candidate_that_loads_wins(self):
         good, broken = "good", "broken"
         for contents, failed, loaded in [
@@ -286,6 +376,7 @@ class CoreLibrary(HostTest):
                                          + re.escape(self.places[name]) + ": .+")
                     self.assertEqual(host.log_line(), LOADED + self.places[loaded])
                     self.assertIn("channels registered", host.log_line())
+                    self.assertEqual(host.log_line(), HOTKEY)
                     self.assertEqual(host.call(**READY)["reply"], "success")
 
     def test_without_one_that_loads_the_host_ends_and_names_them_all(self):
@@ -306,19 +397,22 @@ class CoreLibrary(HostTest):
 class Desktop(HostTest):
     def test_a_main_window_that_comes_late_serves_as_one_that_was_there(self):
         with self.start(profile={"mainWindow": False}) as host:
-            self.assertEqual(host.log_line(), NOT_FOUND)
+            self.assertEqual([host.log_line(), host.log_line()], [HOTKEY, NOT_FOUND])
             host.event("openURL", url="norvane://lost")
+            self.assertEqual(host.log_line(), RECEIVED + "norvane://lost")
             host.event("reopen")
             self.assertEqual(host.settle(), [])
             self.assertEqual(host.state()["windows"], [])
             host.send({"id": 1, **READY}, {"desktop": "closeWindow"})
             self.assertIn("main", host.read()["error"])
             self.assertIn("main window", host.read()["error"])
+            host.event("openURL", url="norvane://just in time")
             host.event("set", mainWindow=True)
             self.assertEqual(host.read(), {"engine": "main", "started": "main"})
             self.assertEqual(host.call(**READY)["reply"], "success")
             host.event("openURL", url="norvane://found")
-            self.assertEqual(host.next_ui_call()["arguments"], {"url": "norvane://found"})
+            links = [line["arguments"]["url"] for line in host.settle() if "call" in line]
+            self.assertEqual(sorted(links), ["norvane://found", "norvane://just in time"])
             self.assertEqual(len(host.state()["windows"]), 1)
 
     def test_only_a_main_window_that_is_hidden_after_launch_is_forced_on_screen(self):
@@ -335,9 +429,25 @@ class Desktop(HostTest):
 
     def test_an_old_system_has_every_channel_but_autofill(self):
         with self.start(profile={"osVersion": "10.15"}) as host:
-            self.assertEqual(host.call("cn.kestrio.norvane.autofill", "credentialStoreState"),
-                             {"reply": "notImplemented"})
+            self.assertEqual(host.call(AUTOFILL, "getState"), {"reply": "notImplemented"})
             self.assertEqual(host.call(**READY)["reply"], "success")
+
+    def test_the_icon_of_the_application_in_front_is_a_png_that_others_can_read(self):
+        with self.start() as host:
+            host.event("pressKeys", key=42, modifiers=256)
+            png = base64.b64decode(host.next_ui_call()["arguments"]["iconPng"]["$bytes"])
+        self.assertEqual(png[:8], b"\x89PNG\r\n\x1a\n")
+        chunks, at = [], 8
+        while at < len(png):
+            size = int.from_bytes(png[at:at + 4], "big")
+            chunk, at = png[at + 4:at + 8 + size], at + 12 + size
+            self.assertEqual(int.from_bytes(png[at - 4:at], "big"), zlib.crc32(chunk))
+            chunks.append(chunk)
+        rgba_of_8_bits = struct.pack(">IIBBBBB", 64, 64, 8, 6, 0, 0, 0)
+        self.assertEqual((chunks[0], chunks[-1]), (b"IHDR" + rgba_of_8_bits, b"IEND"))
+        rows = zlib.decompress(b"".join(chunk[4:] for chunk in chunks if chunk[:4] == b"IDAT"))
+        self.assertEqual(len(rows), 64 * (1 + 64 * 4))
+        self.assertGreater(len(set(rows)), 2)  # not one colour all over
 
 
 if __name__ == "__main__":
