@@ -2,71 +2,27 @@
 // between machines and hours, the ratio hardly does.
 
 #include <algorithm>
-#include <chrono>
 #include <cstdint>
 #include <cstring>
 #include <optional>
-#include <random>
-#include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
 #include <benchmark/benchmark.h>
 
 #include "heap_use.h"
+#include "logins.h"
+#include "measure.h"
 #include "platform/flutter/standard_method_codec.h"
+#include "support/value_copy.h"
 
 namespace norvane {
 namespace {
-
-using Clock = std::chrono::steady_clock;
-
-template <class Work>
-double secondsOf(Work&& work) {
-  const auto start = Clock::now();
-  work();
-  return std::chrono::duration<double>(Clock::now() - start).count();
-}
 
 double median(std::vector<double> values) {
   const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
   std::nth_element(values.begin(), middle, values.end());
   return *middle;
-}
-
-/// A vault's logins as the UI sends them: 283 bytes an item on the wire, 18 % of the titles not
-/// ASCII, 45 % of the notes empty.
-FlutterValue logins(std::int64_t count) {
-  static constexpr std::string_view kLetters =
-      "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-_.";
-  static constexpr const char* kTitles[] = {"Online banking", "Mail", "Work account", "Forum"};
-  static constexpr const char* kOtherTitles[] = {"Überweisung Sparkasse", "東京電力 ログイン",
-                                                 "Почта России", "Café crème ☕"};
-  std::mt19937 random(20'240'901);
-  const auto between = [&](std::size_t least, std::size_t most) {
-    return least + random() % (most - least + 1);
-  };
-  const auto text = [&](std::size_t size) {
-    std::string result(size, ' ');
-    for (char& letter : result) letter = kLetters[random() % kLetters.size()];
-    return result;
-  };
-  FlutterList items;
-  for (std::int64_t i = 0; i < count; ++i) {
-    FlutterList tags;
-    for (std::size_t left = between(0, 2); left > 0; --left) tags.emplace_back(text(6));
-    items.emplace_back(FlutterMap{
-        {"id", text(36)},
-        {"title", random() % 100 < 18 ? kOtherTitles[random() % 4] : kTitles[random() % 4]},
-        {"url", "https://" + text(between(8, 24)) + ".example.org/login"},
-        {"username", text(between(6, 14)) + "@example.org"},
-        {"password", text(between(12, 32))},
-        {"notes", random() % 100 < 45 ? std::string() : text(between(20, 260))},
-        {"tags", std::move(tags)},
-    });
-  }
-  return FlutterMap{{"items", std::move(items)}};
 }
 
 /// Reads every text of `value`; the sum keeps the work from being optimised away.
@@ -113,7 +69,8 @@ void decodeSmallCall(benchmark::State& state) {
 BENCHMARK(decodeSmallCall);
 
 void encodeSync(benchmark::State& state) {
-  const FlutterValue arguments = logins(state.range(0));
+  const auto call = decodeMethodCall(syncCall(static_cast<std::size_t>(state.range(0))));
+  const FlutterValue arguments = copyOf(call->arguments());
   std::size_t size = 0;
   double allocations = 0;
   double peak = 0;
@@ -131,7 +88,7 @@ BENCHMARK(encodeSync)->Arg(1'000)->Arg(100'000)->Unit(benchmark::kMillisecond);
 
 /// The check of the whole message, then every text read through the views.
 void decodeSync(benchmark::State& state) {
-  const Bytes message = encodeMethodCall("syncVaultSnapshot", logins(state.range(0)));
+  const Bytes message = syncCall(static_cast<std::size_t>(state.range(0)));
   Bytes target(message.size());
   std::vector<double> ratios;
   double allocations = 0;

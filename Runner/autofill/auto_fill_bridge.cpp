@@ -10,6 +10,7 @@
 #include "autofill/snapshot_sync.h"
 #include "platform/credential_identity_store.h"
 #include "platform/dispatch.h"
+#include "platform/log.h"
 #include "platform/ns_bundle.h"
 #include "platform/ns_process_info.h"
 #include "platform/platform.h"
@@ -36,26 +37,35 @@ std::string teamIdentifierPrefix() {
 
 std::string sharedAccessGroup() { return teamIdentifierPrefix() + "cn.kestrio.norvane"; }
 
-/// Runs a sync's `work` on `items`, on a worker, and replies. Nothing of the items is left in
-/// memory when the reply is given.
+/// Runs a sync's `work` on the items of `call`, on a worker, and replies. Nothing of the items is
+/// left in memory when the reply is given.
 template <class Work, class CleanUp>
-void performSync(Items&& items, const Result& result, const char* errorCode, Work work,
+void performSync(FlutterMethodCall&& call, const Result& result, const char* errorCode, Work work,
                  CleanUp cleanUp) {
   Outcome outcome;
-  {
-    const Items own = std::move(items);
-    try {
-      outcome = work(own);
-    } catch (const std::exception& error) {
-      cleanUp();
-      outcome = FlutterError{errorCode, error.what(), {}};
-    } catch (...) {
-      cleanUp();
-      outcome = FlutterError{errorCode, "unknown error", {}};
-    }
+  try {
+    outcome = work(Items(std::move(call)));
+  } catch (const std::exception& error) {
+    cleanUp();
+    outcome = FlutterError{errorCode, error.what(), {}};
+  } catch (...) {
+    cleanUp();
+    outcome = FlutterError{errorCode, "unknown error", {}};
   }
   secureWipeStack();
   replyOnMain(result, std::move(outcome));
+}
+
+/// `completion` for the first answer of the store; a second one is reported and goes no further.
+template <class Completion>
+auto once(Completion completion) {
+  return [completion = std::move(completion), answered = false](auto&&... answer) mutable {
+    if (std::exchange(answered, true)) {
+      reportFault("the credential identity store answered twice");
+      return;
+    }
+    completion(std::forward<decltype(answer)>(answer)...);
+  };
 }
 
 /// What the store's completion means for the UI: `reply`, or the store's error under `errorCode`.
@@ -94,9 +104,9 @@ void AutoFillBridge::handle(FlutterMethodCall call, FlutterResult callResult) {
   } else if (method == "registerCredentials") {
     registerCredentials(Items(std::move(call)), result);
   } else if (method == "syncVaultSnapshot") {
-    syncVaultSnapshot(Items(std::move(call)), result);
+    syncVaultSnapshot(std::move(call), result);
   } else if (method == "syncPasskeyIndex") {
-    syncPasskeyIndex(Items(std::move(call)), result);
+    syncPasskeyIndex(std::move(call), result);
   } else if (method == "registerPasskeys") {
     registerPasskeys(Items(std::move(call)), result);
   } else if (method == "clearCredentials") {
@@ -118,7 +128,7 @@ void AutoFillBridge::getState(const Result& result) {
 void AutoFillBridge::registerCredentials(const Items& items, const Result& result) {
   auto& store = platform().credentialIdentityStore;
   store.getCredentialIdentityStoreState(
-      [&store, result, identities = passwordIdentitiesOf(items)](const auto& state) mutable {
+      once([&store, result, identities = passwordIdentitiesOf(items)](const auto& state) mutable {
         if (!state.isEnabled) {
           replyOnMain(result, FlutterMap{{"saved", std::int64_t{0}}, {"isEnabled", false}});
           return;
@@ -130,7 +140,7 @@ void AutoFillBridge::registerCredentials(const Items& items, const Result& resul
               replyOnMain(result, outcomeOf(error, "autofill_register_failed",
                                             FlutterMap{{"saved", saved}, {"isEnabled", true}}));
             });
-      });
+      }));
 }
 
 void AutoFillBridge::registerPasskeys(const Items& items, const Result& result) {
@@ -140,7 +150,7 @@ void AutoFillBridge::registerPasskeys(const Items& items, const Result& result) 
   }
   auto& store = platform().credentialIdentityStore;
   store.getCredentialIdentityStoreState(
-      [&store, result, identities = passkeyIdentitiesOf(items)](const auto& state) mutable {
+      once([&store, result, identities = passkeyIdentitiesOf(items)](const auto& state) mutable {
         if (!state.isEnabled) {
           replyOnMain(result, FlutterMap{{"saved", std::int64_t{0}}});
           return;
@@ -152,23 +162,23 @@ void AutoFillBridge::registerPasskeys(const Items& items, const Result& result) 
               replyOnMain(result, outcomeOf(error, "passkey_register_failed",
                                             FlutterMap{{"saved", saved}}));
             });
-      });
+      }));
 }
 
-void AutoFillBridge::syncVaultSnapshot(Items items, const Result& result) {
-  snapshotQueue_->async([items = std::move(items), group = sharedAccessGroup(), result]() mutable {
+void AutoFillBridge::syncVaultSnapshot(FlutterMethodCall call, const Result& result) {
+  snapshotQueue_->async([call = std::move(call), group = sharedAccessGroup(), result]() mutable {
     performSync(
-        std::move(items), result, "autofill_sync_snapshot_failed",
-        [&](const Items& own) { return writeSnapshot(own, group); },
+        std::move(call), result, "autofill_sync_snapshot_failed",
+        [&](const Items& items) { return writeSnapshot(items, group); },
         [&] { removeSnapshot(group); });
   });
 }
 
-void AutoFillBridge::syncPasskeyIndex(Items items, const Result& result) {
-  passkeyQueue_->async([items = std::move(items), group = sharedAccessGroup(), result]() mutable {
+void AutoFillBridge::syncPasskeyIndex(FlutterMethodCall call, const Result& result) {
+  passkeyQueue_->async([call = std::move(call), group = sharedAccessGroup(), result]() mutable {
     performSync(
-        std::move(items), result, "passkey_sync_failed",
-        [&](const Items& own) { return writePasskeyIndex(own, group); },
+        std::move(call), result, "passkey_sync_failed",
+        [&](const Items& items) { return writePasskeyIndex(items, group); },
         [&] { PasskeyIndex::clear(group); });
   });
 }

@@ -29,8 +29,8 @@ class AutoFillBridge : public std::enable_shared_from_this<AutoFillBridge> {
   void getState(const Result& result);
   void registerCredentials(const Items& items, const Result& result);
   void registerPasskeys(const Items& items, const Result& result);
-  void syncVaultSnapshot(Items items, const Result& result);
-  void syncPasskeyIndex(Items items, const Result& result);
+  void syncVaultSnapshot(FlutterMethodCall call, const Result& result);
+  void syncPasskeyIndex(FlutterMethodCall call, const Result& result);
   void clearCredentials(const Result& result);
 
   FlutterMethodChannel channel;

@@ -5,20 +5,22 @@
 namespace norvane {
 namespace {
 
-FlutterListView itemsOf(FlutterValueView arguments) {
-  const FlutterListView none({}, 0);
+std::vector<FlutterValueView> itemsOf(FlutterValueView arguments) {
+  std::vector<FlutterValueView> maps;
   const auto map = arguments.textKeyedMap();
-  if (!map) return none;
+  if (!map) return maps;
   const auto items = (*map)["items"].list();
-  if (!items) return none;
+  if (!items) return maps;
+  maps.reserve(items->size());
   for (const FlutterValueView item : *items) {
-    if (!item.textKeyedMap()) return none;
+    if (!item.textKeyedMap()) return {};
+    maps.push_back(item);
   }
-  return *items;
+  return maps;
 }
 
 }  // namespace
 
-Items::Items(FlutterMethodCall call) : call_(std::move(call)), list_(itemsOf(call_.arguments())) {}
+Items::Items(FlutterMethodCall call) : call_(std::move(call)), maps_(itemsOf(call_.arguments())) {}
 
 }  // namespace norvane

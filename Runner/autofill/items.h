@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <optional>
 #include <string_view>
+#include <vector>
 
 #include "platform/flutter/flutter_value_view.h"
 #include "platform/flutter/standard_method_codec.h"
@@ -17,22 +18,23 @@ class Items {
  public:
   explicit Items(FlutterMethodCall call);
 
-  auto begin() const { return list_.begin(); }
-  auto end() const { return list_.end(); }
+  auto begin() const { return maps_.begin(); }
+  auto end() const { return maps_.end(); }
   std::size_t messageSize() const { return call_.size(); }
 
  private:
   FlutterMethodCall call_;
-  FlutterListView list_;
+  std::vector<FlutterValueView> maps_;  // because to step over a map is to walk through it
 };
 
 /// The texts that `item`, a map with text keys, has under `names`; nothing where it has none. One
-/// pass over the item.
+/// pass over the item, no further than the last of them.
 template <std::size_t N>
 std::array<std::optional<std::string_view>, N> textMembers(
     FlutterValueView item, const std::array<std::string_view, N>& names) {
   std::array<std::optional<std::string_view>, N> texts;
   std::array<bool, N> seen{};
+  std::size_t missing = N;
   const auto members = item.map();
   for (const auto& [key, value] : *members) {
     const auto name = key.text();
@@ -40,6 +42,7 @@ std::array<std::optional<std::string_view>, N> textMembers(
       if (seen[i] || name != names[i]) continue;
       seen[i] = true;
       texts[i] = value.text();
+      if (--missing == 0) return texts;
     }
   }
   return texts;

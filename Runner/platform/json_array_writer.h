@@ -25,7 +25,6 @@ class JsonArrayWriter {
 
  private:
   void raw(char c);
-  void text(std::string_view text);
 
   SecureBuffer& out_;
   bool empty_ = true;

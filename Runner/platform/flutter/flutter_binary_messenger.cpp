@@ -8,13 +8,13 @@
 
 namespace norvane {
 
-FlutterBinaryReply::FlutterBinaryReply(std::string channel, std::weak_ptr<const void> engine,
-                                       Sink sink)
+FlutterBinaryReply::FlutterBinaryReply(std::shared_ptr<const std::string> channel,
+                                       std::weak_ptr<const void> engine, Sink sink)
     : channel_(std::move(channel)), engine_(std::move(engine)), sink_(std::move(sink)) {}
 
 FlutterBinaryReply::~FlutterBinaryReply() {
   if (!sink_ || engine_.expired()) return;
-  reportFault("a message on " + channel_ + " was not answered");
+  reportFault("a message on " + *channel_ + " was not answered");
   Dispatch& dispatch = platform().dispatch;
   if (dispatch.isMainThread()) {
     sink_({});
@@ -29,7 +29,7 @@ void FlutterBinaryReply::send(Bytes reply) {
   requireMainThread("a reply");
   if (engine_.expired()) return;
   if (!sink_) {
-    reportFault("a message on " + channel_ + " was answered twice");
+    reportFault("a message on " + *channel_ + " was answered twice");
     return;
   }
   std::exchange(sink_, {})(std::move(reply));
@@ -38,7 +38,7 @@ void FlutterBinaryReply::send(Bytes reply) {
 void FlutterBinaryReply::drop() { sink_ = {}; }
 
 void FlutterBinaryMessenger::setMessageHandler(const std::string& channel, Handler handler) {
-  handlers_[channel] = std::make_shared<Handler>(std::move(handler));
+  bindings_[channel] = std::make_shared<const Binding>(Binding{channel, std::move(handler)});
 }
 
 void FlutterBinaryMessenger::send(std::string_view channel, Bytes message) {
@@ -51,14 +51,15 @@ void FlutterBinaryMessenger::engineEnded() { engine_.reset(); }
 void FlutterBinaryMessenger::deliver(const std::string& channel, Bytes message,
                                      FlutterBinaryReply::Sink sink) {
   requireMainThread("a message of the UI");
-  const auto found = handlers_.find(channel);
-  if (found == handlers_.end()) {
+  const auto found = bindings_.find(channel);
+  if (found == bindings_.end()) {
     sink({});
     return;
   }
   // Kept for the call: the handler may replace itself or end the engine.
-  const auto handler = found->second;
-  (*handler)(std::move(message), FlutterBinaryReply(channel, engine_, std::move(sink)));
+  const auto binding = found->second;
+  binding->handler(std::move(message),
+                   FlutterBinaryReply({binding, &binding->channel}, engine_, std::move(sink)));
 }
 
 }  // namespace norvane

@@ -20,7 +20,9 @@ class FlutterBinaryReply {
   /// Takes the answer to the UI; main thread.
   using Sink = UniqueFunction<void(Bytes)>;
 
-  FlutterBinaryReply(std::string channel, std::weak_ptr<const void> engine, Sink sink);
+  /// Allocates nothing: a message that has come is answered also when memory has run out.
+  FlutterBinaryReply(std::shared_ptr<const std::string> channel, std::weak_ptr<const void> engine,
+                     Sink sink);
   FlutterBinaryReply(FlutterBinaryReply&&) = default;
   FlutterBinaryReply& operator=(FlutterBinaryReply&&) = delete;
   ~FlutterBinaryReply();
@@ -31,7 +33,7 @@ class FlutterBinaryReply {
   void drop();
 
  private:
-  std::string channel_;
+  std::shared_ptr<const std::string> channel_;
   std::weak_ptr<const void> engine_;
   Sink sink_;
 };
@@ -64,9 +66,14 @@ class FlutterBinaryMessenger {
   void deliver(const std::string& channel, Bytes message, FlutterBinaryReply::Sink sink);
 
  private:
+  struct Binding {
+    std::string channel;
+    Handler handler;
+  };
+
   Outgoing outgoing_;
   std::shared_ptr<const void> engine_;  // what open replies watch
-  std::map<std::string, std::shared_ptr<Handler>> handlers_;
+  std::map<std::string, std::shared_ptr<const Binding>> bindings_;
 };
 
 }  // namespace norvane

@@ -30,6 +30,16 @@ class FlutterValue {
   FlutterValue() = default;
   FlutterValue(std::nullptr_t) {}  // NOLINT(google-explicit-constructor)
 
+  FlutterValue(FlutterValue&&) = default;
+  FlutterValue& operator=(FlutterValue&&) = default;
+  // Not the variant's own copy: where memory runs out on the way, the one of libstdc++ 12 destroys
+  // what it has not made yet.
+  FlutterValue(const FlutterValue& other) {
+    std::visit([this](const auto& held) { value_ = held; }, other.value_);
+  }
+  FlutterValue& operator=(const FlutterValue& other) { return *this = FlutterValue(other); }
+  ~FlutterValue() = default;
+
   // Constrained, because a pointer would otherwise turn into a boolean.
   FlutterValue(std::same_as<bool> auto value) : value_(value) {}      // NOLINT
   FlutterValue(const char* text) : value_(std::string(text)) {}       // NOLINT

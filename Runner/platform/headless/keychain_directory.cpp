@@ -42,6 +42,16 @@ KeychainDirectory::Item parse(const Bytes& content) {
   return item;
 }
 
+/// The item in the file at `path`; nothing when there is no file.
+std::optional<KeychainDirectory::Item> read(const std::string& path) {
+  try {
+    return parse(readFile(path));
+  } catch (const std::system_error& error) {
+    if (error.code() == std::errc::no_such_file_or_directory) return std::nullopt;
+    throw;
+  }
+}
+
 Bytes serialise(const KeychainDirectory::Item& item) {
   JsonBuffer line;
   JsonWriter writer(line);
@@ -68,9 +78,9 @@ Bytes serialise(const KeychainDirectory::Item& item) {
   return content;
 }
 
+/// Whether a query without a group names the item.
 bool matches(const KeychainQuery& query, const KeychainQuery& name) {
-  return query.service == name.service && query.account == name.account &&
-         (!query.accessGroup || query.accessGroup == name.accessGroup);
+  return query.service == name.service && query.account == name.account;
 }
 
 }  // namespace
@@ -78,10 +88,10 @@ bool matches(const KeychainQuery& query, const KeychainQuery& name) {
 KeychainDirectory::KeychainDirectory(const std::string& dataDirectory)
     : path_(dataDirectory + "/keychain") {}
 
-std::string KeychainDirectory::pathOf(const Item& item) const {
+std::string KeychainDirectory::pathOf(const KeychainQuery& item) const {
   // Any text may name an item; its file's name is a digest of it.
-  std::string name = item.name.service + '\0' + item.name.account + '\0';
-  if (item.name.accessGroup) name += *item.name.accessGroup + '\0';
+  std::string name = item.service + '\0' + item.account + '\0';
+  if (item.accessGroup) name += *item.accessGroup + '\0';
   const std::unique_ptr<char, decltype(&g_free)> digest(
       g_compute_checksum_for_data(G_CHECKSUM_SHA256, reinterpret_cast<const guchar*>(name.data()),
                                   name.size()),
@@ -91,11 +101,17 @@ std::string KeychainDirectory::pathOf(const Item& item) const {
 
 std::vector<KeychainDirectory::Item> KeychainDirectory::find(const KeychainQuery* query) const {
   std::vector<Item> items;
+  // Another process may be writing: a listing can miss an item that is being replaced, and holds
+  // some that are gone by the time they are read.
+  if (query && query->accessGroup) {
+    if (auto item = read(pathOf(*query))) items.push_back(*std::move(item));
+    return items;
+  }
   if (!std::filesystem::exists(path_)) return items;
   for (const auto& entry : std::filesystem::directory_iterator(path_)) {
     if (entry.path().filename().string().starts_with('.')) continue;  // a write under way
-    Item item = parse(readFile(entry.path().string()));
-    if (!query || matches(*query, item.name)) items.push_back(std::move(item));
+    auto item = read(entry.path().string());
+    if (item && (!query || matches(*query, item->name))) items.push_back(*std::move(item));
   }
   std::ranges::sort(items, {}, [](const Item& item) {
     return std::tie(item.name.service, item.name.account, item.name.accessGroup);
@@ -108,11 +124,11 @@ void KeychainDirectory::store(const Item& item) {
     throw std::system_error(errno, std::generic_category(), path_);
   }
   const Bytes content = serialise(item);
-  writeFileAtomically(pathOf(item), std::as_bytes(std::span(content)));
+  writeFileAtomically(pathOf(item.name), std::as_bytes(std::span(content)));
 }
 
 void KeychainDirectory::remove(const Item& item) {
-  const std::string path = pathOf(item);
+  const std::string path = pathOf(item.name);
   if (::unlink(path.c_str()) != 0) {
     throw std::system_error(errno, std::generic_category(), path);
   }

@@ -31,7 +31,7 @@ class KeychainDirectory {
   void remove(const Item& item);
 
  private:
-  std::string pathOf(const Item& item) const;
+  std::string pathOf(const KeychainQuery& item) const;
 
   std::string path_;
 };

@@ -15,7 +15,24 @@ namespace {
 // Between the target's name and the six characters of mkostemp.
 constexpr const char* kTemporaryMark = ".tmp-";
 
+/// Makes a call again for as long as signals interrupt it.
+template <class Call>
+auto uninterrupted(Call call) {
+  for (;;) {
+    const auto result = call();
+    if (result >= 0 || errno != EINTR) return result;
+  }
+}
+
 std::error_code lastError() { return {errno, std::generic_category()}; }
+
+FileDescriptor openFile(const char* path, int flags) {
+  return FileDescriptor(uninterrupted([&] { return ::open(path, flags); }));
+}
+
+int sync(const FileDescriptor& file) {
+  return uninterrupted([&] { return ::fsync(file.get()); });
+}
 
 [[noreturn]] void fail(const std::string& path, std::error_code error) {
   throw std::system_error(error, path);
@@ -25,27 +42,29 @@ std::error_code lastError() { return {errno, std::generic_category()}; }
 
 std::error_code writeAll(int fd, std::string_view content) {
   while (!content.empty()) {
-    const ssize_t written = ::write(fd, content.data(), content.size());
-    if (written >= 0) {
-      content.remove_prefix(static_cast<std::size_t>(written));
-    } else if (errno != EINTR) {
-      return lastError();
-    }
+    const ssize_t written =
+        uninterrupted([&] { return ::write(fd, content.data(), content.size()); });
+    if (written < 0) return lastError();
+    content.remove_prefix(static_cast<std::size_t>(written));
   }
   return {};
 }
 
 void writeFileAtomically(const std::string& path, std::span<const std::byte> content) {
   const auto target = std::filesystem::path(path);
-  std::string temporary =
+  const std::string pattern =
       (target.parent_path() / ("." + target.filename().string() + kTemporaryMark + "XXXXXX"))
           .string();
-  const FileDescriptor file(::mkostemp(temporary.data(), O_CLOEXEC));
+  std::string temporary;
+  const FileDescriptor file(uninterrupted([&] {
+    temporary = pattern;
+    return ::mkostemp(temporary.data(), O_CLOEXEC);
+  }));
   if (!file) fail(path, lastError());
 
   const std::string_view bytes(reinterpret_cast<const char*>(content.data()), content.size());
   std::error_code error = writeAll(file.get(), bytes);
-  if (!error && ::fsync(file.get()) != 0) error = lastError();
+  if (!error && sync(file) != 0) error = lastError();
   if (!error && ::rename(temporary.c_str(), path.c_str()) != 0) error = lastError();
   if (error) {
     ::unlink(temporary.c_str());
@@ -53,9 +72,9 @@ void writeFileAtomically(const std::string& path, std::span<const std::byte> con
   }
 
   // The rename is only durable once the directory is.
-  const FileDescriptor directory(
-      ::open(target.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (!directory || ::fsync(directory.get()) != 0) fail(path, lastError());
+  const FileDescriptor directory =
+      openFile(target.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (!directory || sync(directory) != 0) fail(path, lastError());
 }
 
 void sweepTemporaryFiles(const std::string& directory) {
@@ -70,17 +89,18 @@ void sweepTemporaryFiles(const std::string& directory) {
 }
 
 Bytes readFile(const std::string& path) {
-  const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  const FileDescriptor file = openFile(path.c_str(), O_RDONLY | O_CLOEXEC);
   if (!file) fail(path, lastError());
   Bytes content;
   for (;;) {
     constexpr std::size_t kStep = 64 * 1024;
     const std::size_t size = content.size();
     content.resize(size + kStep);
-    const ssize_t got = ::read(file.get(), content.data() + size, kStep);
+    const ssize_t got =
+        uninterrupted([&] { return ::read(file.get(), content.data() + size, kStep); });
     content.resize(size + (got > 0 ? static_cast<std::size_t>(got) : 0));
     if (got == 0) return content;
-    if (got < 0 && errno != EINTR) fail(path, lastError());
+    if (got < 0) fail(path, lastError());
   }
 }
 

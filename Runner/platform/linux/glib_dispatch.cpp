@@ -105,7 +105,16 @@ void GlibDispatch::globalAsync(Task task) {
   workTasks_.push_back(std::move(task));
   const std::size_t limit = std::max(2U, std::thread::hardware_concurrency());
   if (idleWorkers_ < workTasks_.size() && workers_.size() < limit) {
-    workers_.emplace_back([this] { work(); });
+    try {
+      workers_.emplace_back([this] { work(); });
+    } catch (...) {
+      // Those that are there come to it. Without any, it must not run once there are some: who
+      // submitted it hears that it was refused.
+      if (workers_.empty()) {
+        workTasks_.pop_back();
+        throw;
+      }
+    }
   }
   workReady_.notify_one();
 }

@@ -11,9 +11,12 @@ namespace norvane {
 namespace {
 
 constexpr std::size_t kPage = 4096;
-// From here on the kernel is asked for huge pages: first touch of fresh memory is what a large
-// payload pays for most.
+// First touch of fresh memory is what a large payload pays for most: one huge page costs less than
+// the small ones of some 150 KiB. A block of whole huge pages is aligned for them by the kernel.
 constexpr std::size_t kHugePage = 2 * 1024 * 1024;
+constexpr std::size_t kHugePagesPay = 256 * 1024;
+
+std::size_t roundUp(std::size_t size, std::size_t page) { return (size + page - 1) & ~(page - 1); }
 
 }  // namespace
 
@@ -44,7 +47,8 @@ SecureBuffer::~SecureBuffer() {
 
 void SecureBuffer::reserve(std::size_t capacity) {
   if (capacity <= capacity_) return;
-  const std::size_t whole = (capacity + kPage - 1) & ~(kPage - 1);
+  const bool huge = capacity >= kHugePagesPay;
+  const std::size_t whole = roundUp(capacity, huge ? kHugePage : kPage);
   void* memory = data_ ? ::mremap(data_, capacity_, whole, MREMAP_MAYMOVE)
                        : ::mmap(nullptr, whole, PROT_READ | PROT_WRITE,
                                 MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
@@ -52,7 +56,7 @@ void SecureBuffer::reserve(std::size_t capacity) {
   data_ = static_cast<std::uint8_t*>(memory);
   capacity_ = whole;
   // Wishes: neither is needed for the buffer to work.
-  if (whole >= kHugePage) (void)::madvise(data_, whole, MADV_HUGEPAGE);
+  if (huge) (void)::madvise(data_, whole, MADV_HUGEPAGE);
   (void)::madvise(data_, whole, MADV_DONTDUMP);
 }
 
