@@ -21,6 +21,13 @@ def unseal(box, key):
     return cipher.decrypt_and_verify(box[NONCE_SIZE:-TAG_SIZE], box[-TAG_SIZE:])
 
 
+def unrepeated(members):
+    """The object of these members; of two with one name, readers differ in which they take."""
+    if len(dict(members)) != len(members):
+        raise ValueError("a member twice")
+    return dict(members)
+
+
 class SealedFile:
     """A sealed file of a data directory, and its session key in the keychain."""
 
@@ -32,7 +39,7 @@ class SealedFile:
 
     def key(self):
         """The session key; None when the keychain has none."""
-        ended = subprocess.run(self._read_key, capture_output=True, check=False)
+        ended = subprocess.run(self._read_key, capture_output=True, timeout=60, check=False)
         if ended.returncode == 1 and not ended.stderr:
             return None
         ended.check_returncode()
@@ -46,7 +53,8 @@ class SealedFile:
             return file.read()
 
     def entries(self):
-        return json.loads(unseal(self.box(), self.key()))
+        text = unseal(self.box(), self.key()).decode()
+        return json.loads(text, object_pairs_hook=unrepeated)
 
 
 def snapshot(bundle, data_directory):

@@ -1,57 +1,46 @@
-"""Plays the written transcript of every method against the built executable.
+"""Plays the written transcripts: of every method, and of lines and events at their limits."""
 
-NORVANE_BUNDLE names the bundle to test; tools/ must be on PYTHONPATH.
-"""
-
+import glob
+import json
 import os
-import tempfile
+import re
+import shutil
 import unittest
 
 import transcript
-from console_client import Host
+from support import ROOT, HostTest, read, write
 
-BUNDLE = os.path.abspath(os.environ["NORVANE_BUNDLE"])
-ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
-TRANSCRIPT = os.path.join(ROOT, "examples/ui/every_method.txt")
+EVERY_METHOD = os.path.join(ROOT, "examples/ui/every_method.txt")
 
 
-class Transcript(unittest.TestCase):
-    def setUp(self):
-        directory = tempfile.TemporaryDirectory()
-        self.addCleanup(directory.cleanup)
-        self.root = directory.name
-
+class Transcript(HostTest):
     def play(self, path):
-        kept = {name: value for name, value in os.environ.items()
-                if name != "NORVANE_RUST_LIB_PATH"}
-        with tempfile.TemporaryDirectory(dir=self.root) as data:
-            with Host(BUNDLE, "--data-dir", data, env=kept) as host:
-                return transcript.play(host, path, data)
+        """In a host of its own, on the desktop that a line "# profile: {...}" describes."""
+        shutil.rmtree(self.data, ignore_errors=True)
+        profile = re.search(r"^# profile: (.*)", read(path).decode(), re.M)
+        with self.start(profile and json.loads(profile[1])) as host:
+            self.assertGreater(transcript.play(host, path, self.data), 0)
 
-    def test_every_method_answers_as_written(self):
-        self.assertEqual(self.play(TRANSCRIPT), len(transcript.read(TRANSCRIPT)))
+    def test_the_host_answers_as_written(self):
+        for path in [EVERY_METHOD, *glob.glob(os.path.join(ROOT, "tests/e2e/*.txt"))]:
+            with self.subTest(os.path.basename(path)):
+                self.play(path)
 
     def test_one_altered_expectation_is_reported(self):
-        with open(TRANSCRIPT, encoding="utf-8") as file:
-            lines = file.readlines()
+        lines = read(EVERY_METHOD).decode().splitlines(keepends=True)
         at = next(index for index, line in enumerate(lines) if '"urlOpened"' in line)
         link, reply = lines[at:at + 2]
-        for name, altered in {
-                "another text": [link.replace("item/1", "item/2"), reply],
-                "true for 1": [link, reply.replace('"id":1', '"id":true')],
-                "a key more": [link, reply.replace("}", ',"more":null}')],
-                "a number wanted": [link, reply.replace("null", '"$NUMBER"')],
-                "base64 wanted": [link, reply.replace("null", '"$BASE64"')],
-                "a line less": [reply],
-                "a line more": [link, reply, reply],
-                "another order": [reply, link]}.items():
-            with self.subTest(name):
+        for altered in [[link.replace("item/1", "item/2"), reply],
+                        [link, reply.replace('"id":1', '"id":true')],
+                        [link, reply.replace("}", ',"more":null}')],
+                        [link, reply.replace("null", '"$NUMBER"')],
+                        [link, reply.replace("null", '"$BASE64"')],
+                        [reply], [link, reply, reply], [reply, link]]:
+            with self.subTest(altered=altered):
                 self.assertNotEqual(altered, [link, reply])
-                path = os.path.join(self.root, "altered.txt")
-                with open(path, "w", encoding="utf-8") as file:
-                    file.writelines(lines[:at] + altered + lines[at + 2:])
+                text = "".join(lines[:at] + altered + lines[at + 2:])
                 with self.assertRaises(transcript.Difference):
-                    self.play(path)
+                    self.play(write(self.path("altered.txt"), text))
 
 
 if __name__ == "__main__":

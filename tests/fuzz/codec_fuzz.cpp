@@ -11,9 +11,9 @@ using norvane::Bytes;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const Bytes message(data, data + size);
-  for (const auto encodedAgain : {norvane::encodedAgainAsCall, norvane::encodedAgainAsReply}) {
-    const auto encoded = encodedAgain(message);
-    if (encoded && encodedAgain(*encoded) != encoded) std::abort();
+  for (const bool isCall : {true, false}) {
+    const auto encoded = norvane::encodedAgain(message, isCall);
+    if (encoded && norvane::encodedAgain(*encoded, isCall) != encoded) std::abort();
   }
   return 0;
 }

@@ -1,8 +1,8 @@
 #include "support/host_test.h"
 
+#include <cstdlib>
+#include <iostream>
 #include <utility>
-
-#include <stdlib.h>
 
 #include "app/main_interface.h"
 #include "platform/flutter/standard_method_codec.h"
@@ -19,7 +19,16 @@ std::string jsonOf(FlutterValueView value) {
   return buffer.GetString();
 }
 
-std::string describe(Bytes message) {
+}  // namespace
+
+std::mt19937 seededRandom() {
+  const char* given = std::getenv("NORVANE_TEST_SEED");
+  const auto seed = given ? std::strtoul(given, nullptr, 10) : std::random_device{}();
+  std::cout << "seed " << seed << std::endl;
+  return std::mt19937(seed);
+}
+
+std::string describeReply(Bytes message) {
   const auto reply = decodeEnvelope(std::move(message));
   if (!reply) return "undecodable";
   if (reply->kind == FlutterReply::Kind::notImplemented) return "notImplemented";
@@ -28,7 +37,10 @@ std::string describe(Bytes message) {
          std::string(reply->errorMessage.value_or("(none)")) + ", " + jsonOf(reply->errorDetails);
 }
 
-}  // namespace
+Bytes uiCall(const std::string& method, const std::string& arguments) {
+  const JsonDocument json = parseJson(arguments);
+  return encodeConsoleCall(method, &json);
+}
 
 RecordingLog::~RecordingLog() {
   for (const std::string& line : lines_) {
@@ -37,7 +49,9 @@ RecordingLog::~RecordingLog() {
 }
 
 TemporaryDirectory::TemporaryDirectory() {
-  std::string name = (std::filesystem::temp_directory_path() / "norvane-test-XXXXXX").string();
+  std::filesystem::path parent = "/dev/shm";
+  if (!std::filesystem::is_directory(parent)) parent = std::filesystem::temp_directory_path();
+  std::string name = (parent / "norvane-test-XXXXXX").string();
   path = ::mkdtemp(name.data());
 }
 
@@ -45,13 +59,15 @@ struct HostTest::Process {
   Process(HostTest& test, const Profile& profile)
       : host(profile, test.directory.path, test.dispatch, test.log,
              [&test] { test.quitAsked = true; }),
-        keychain(host.keychain, test.keychainFault),
+        keychain(host.keychain, test.keychainFault, test.keychainCalls),
+        credentialStore(host.credentialStore, test.credentialStore),
+        bundle(host.profile, test.bundlePath),
         crypto(host.crypto, test.cryptoFault),
         platform{
             .application = host.application,
             .appService = host.appService,
             .carbonEvents = host.hotkeys,
-            .credentialIdentityStore = host.credentialStore,
+            .credentialIdentityStore = credentialStore,
             .crypto = crypto,
             .dispatch = test.dispatch,
             .dynamicLoader = host.loader,
@@ -62,7 +78,7 @@ struct HostTest::Process {
             .keyboardInput = host.keyboard,
             .keychain = keychain,
             .log = test.log,
-            .mainBundle = test.bundle,
+            .mainBundle = bundle,
             .pasteboard = host.pasteboard,
             .processInfo = host.desktop,
             .screens = host.desktop,
@@ -73,22 +89,20 @@ struct HostTest::Process {
             .workspace = host.desktop,
         },
         installed(platform) {
-    test.bundle.real = &host.bundle;
     host.ui.setObserver(&test);
   }
   ~Process() { host.application.releaseAll(); }
 
   HeadlessPlatform host;
   FaultyKeychain keychain;
+  HeldCredentialStore credentialStore;
+  MovedBundle bundle;
   FaultyCrypto crypto;
   Platform platform;
   ScopedPlatform installed;
 };
 
-HostTest::HostTest() {
-  bundle.path = NORVANE_TEST_BUNDLE;
-  process_ = std::make_unique<Process>(*this, Profile{});
-}
+HostTest::HostTest() : process_(std::make_unique<Process>(*this, Profile{})) {}
 
 HostTest::~HostTest() = default;
 
@@ -103,22 +117,32 @@ void HostTest::relaunch(const Profile& profile) {
   launch();
 }
 
+void HostTest::start(const Profile& profile) {
+  relaunch(profile);
+  dispatch.settle();
+  takeTranscript();
+  log.take();
+}
+
+void HostTest::change(const std::string& members) {
+  Profile changed = host().profile.copy();
+  applyToProfile(parseJson(members), changed);
+  host().setProfile(changed);
+}
+
 void HostTest::send(const std::string& channel, const std::string& method,
                     const std::string& arguments, const std::string& engine) {
-  const JsonDocument json = parseJson(arguments);
-  const bool sent = host().ui.send(
-      engine, channel, encodeConsoleCall(method, &json),
-      [this](Bytes reply) { transcript_.push_back("reply " + describe(std::move(reply))); });
+  const bool sent = host().ui.send(engine, channel, uiCall(method, arguments), [this](Bytes reply) {
+    transcript_.push_back("reply " + describeReply(std::move(reply)));
+  });
   EXPECT_TRUE(sent) << "no engine " << engine;
 }
 
-std::string HostTest::call(const std::string& channel, const std::string& method,
-                           const std::string& arguments) {
+std::string HostTest::deliver(const std::string& channel, Bytes message) {
   std::string answer = "(none)";
-  const JsonDocument json = parseJson(arguments);
-  host().ui.send("main", channel, encodeConsoleCall(method, &json), [&answer](Bytes reply) {
+  host().ui.send("main", channel, std::move(message), [&answer](Bytes reply) {
     EXPECT_EQ(answer, "(none)") << "a second reply";
-    answer = describe(std::move(reply));
+    answer = describeReply(std::move(reply));
   });
   dispatch.settle();
   return answer;

@@ -2,6 +2,8 @@
 
 #include <filesystem>
 #include <memory>
+#include <mutex>
+#include <random>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -9,28 +11,44 @@
 #include <gtest/gtest.h>
 
 #include "platform/headless/headless_platform.h"
+#include "platform/headless/virtual_dispatch.h"
 #include "platform/log.h"
 #include "support/faults.h"
-#include "support/virtual_dispatch.h"
 
 namespace norvane {
 
 using Lines = std::vector<std::string>;
 
-/// Keeps log records. A fault that the test did not ask for fails it.
+/// Keeps log records. A fault that the test did not ask for fails it. Any thread.
 class RecordingLog : public Log {
  public:
   ~RecordingLog() override;
-  void write(std::string_view text) override { lines_.emplace_back(text); }
+  void write(std::string_view text) override {
+    const std::lock_guard lock(mutex_);
+    lines_.emplace_back(text);
+  }
 
   /// What was logged since the last call.
-  Lines take() { return std::exchange(lines_, {}); }
+  Lines take() {
+    const std::lock_guard lock(mutex_);
+    return std::exchange(lines_, {});
+  }
 
  private:
+  std::mutex mutex_;
   Lines lines_;
 };
 
-/// A directory of its own, removed with all that it holds.
+/// Another sequence at each run, or that of NORVANE_TEST_SEED; the seed is printed.
+std::mt19937 seededRandom();
+
+/// What a reply says: "success VALUE", "error CODE: MESSAGE, DETAILS" or "notImplemented".
+std::string describeReply(Bytes message);
+
+/// The call of a UI; `arguments` is JSON.
+Bytes uiCall(const std::string& method, const std::string& arguments = "null");
+
+/// A directory of its own, in memory where there is room for one, removed with all that it holds.
 class TemporaryDirectory {
  public:
   TemporaryDirectory();
@@ -39,15 +57,12 @@ class TemporaryDirectory {
   std::filesystem::path path;
 };
 
-/// A bundle that lies where the test wants it; by default one with the example core library in it.
-struct MovedBundle : NSBundle {
+/// A bundle that lies where the test wants it.
+struct MovedBundle : HeadlessBundle {
+  MovedBundle(const LiveProfile& profile, const std::string& at)
+      : HeadlessBundle(profile), path(at) {}
   std::string bundlePath() const override { return path; }
-  std::optional<std::string> bundleIdentifier() const override { return real->bundleIdentifier(); }
-  std::optional<std::string> infoText(const std::string& key) const override {
-    return real->infoText(key);
-  }
-  std::string path;
-  NSBundle* real = nullptr;
+  const std::string& path;
 };
 
 /// One run of the host on the headless desktop, driven as its neighbours drive it: by a UI that
@@ -61,13 +76,20 @@ class HostTest : public ::testing::Test, public UiObserver {
   void launch();
   /// The application has ended and starts again, on what it left on disk.
   void relaunch(const Profile& profile = {});
+  /// The same; what the launch has logged and told the UIs is taken.
+  void start(const Profile& profile = {});
+  /// Members of the profile, as JSON, change while the host runs.
+  void change(const std::string& members);
 
   /// Sends a call of the UI; `arguments` is JSON. The reply is found in the transcript.
   void send(const std::string& channel, const std::string& method,
             const std::string& arguments = "null", const std::string& engine = "main");
-  /// The same, and the reply once everything has settled: "success VALUE", "error …".
+  /// The same, and the reply once everything has settled; "(none)" where none came.
   std::string call(const std::string& channel, const std::string& method,
-                   const std::string& arguments = "null");
+                   const std::string& arguments = "null") {
+    return deliver(channel, uiCall(method, arguments));
+  }
+  std::string deliver(const std::string& channel, Bytes message);
   /// What reached the UIs since the last call, in order: "CHANNEL METHOD ARGUMENTS" of each call of
   /// the host, "reply …" of each reply, "ENGINE started ENTRYPOINT", "ENGINE plugin NAME".
   Lines takeTranscript() { return std::exchange(transcript_, {}); }
@@ -79,9 +101,11 @@ class HostTest : public ::testing::Test, public UiObserver {
   TemporaryDirectory directory;
   RecordingLog log;
   VirtualDispatch dispatch;
-  MovedBundle bundle;
+  std::string bundlePath = NORVANE_TEST_BUNDLE;  ///< by default with the example core library
   Fault keychainFault;
+  Lines keychainCalls;  ///< "OPERATION ACCOUNT"
   Fault cryptoFault;
+  HeldCredentialStore::Held credentialStore;
   bool quitAsked = false;
 
  private:

@@ -1,12 +1,5 @@
 #pragma once
 
-#include <cstdint>
-#include <optional>
-#include <span>
-#include <string>
-#include <utility>
-#include <vector>
-
 #include "platform/flutter/standard_method_codec.h"
 
 namespace norvane {
@@ -41,15 +34,13 @@ inline FlutterValue copyOf(FlutterValueView view) {
   return {};
 }
 
-/// The call in `message`, encoded anew; nothing when it is undecodable.
-inline std::optional<Bytes> encodedAgainAsCall(Bytes message) {
-  const auto call = decodeMethodCall(std::move(message));
-  if (!call) return std::nullopt;
-  return encodeMethodCall(call->method(), copyOf(call->arguments()));
-}
-
-/// The same of a reply.
-inline std::optional<Bytes> encodedAgainAsReply(Bytes message) {
+/// The call or the reply in `message`, encoded anew; nothing when it is undecodable.
+inline std::optional<Bytes> encodedAgain(Bytes message, bool isCall) {
+  if (isCall) {
+    const auto call = decodeMethodCall(std::move(message));
+    if (!call) return std::nullopt;
+    return encodeMethodCall(call->method(), copyOf(call->arguments()));
+  }
   const auto reply = decodeEnvelope(std::move(message));
   if (!reply) return std::nullopt;
   if (reply->kind == FlutterReply::Kind::notImplemented) return Bytes{};

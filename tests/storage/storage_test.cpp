@@ -1,0 +1,122 @@
+#include <glib.h>
+
+#include "platform/json_array_writer.h"
+#include "storage/passkey_index.h"
+#include "storage/snapshot_crypto.h"
+#include "storage/storage_errors.h"
+#include "support/auto_fill_test.h"
+
+namespace norvane {
+namespace {
+
+using StorageTest = HostTest;
+
+std::string textOf(const SecureBuffer& buffer) {
+  return {reinterpret_cast<const char*>(buffer.data()), buffer.size()};
+}
+
+std::string sealed(std::string_view text, std::span<const std::uint8_t> key,
+                   std::size_t capacity = 0) {
+  Plaintext plaintext(capacity);
+  std::copy(text.begin(), text.end(), plaintext.text().space(text.size()));
+  plaintext.text().advance(text.size());
+  return textOf(SnapshotCrypto::encrypt(std::move(plaintext), key));
+}
+
+TEST_F(StorageTest, EnvelopesOfAllSizesOpenAndAreSealedAnewEachTime) {
+  SessionKey key;
+  SnapshotCrypto::generateSessionKey(key);
+  for (const std::size_t size : {0, 1, 15, 16, 17, 4068, 4069, 4096, 300000, 5000000}) {
+    std::string text(size, 'x');
+    for (std::size_t i = 0; i < size; ++i) text[i] = static_cast<char>(i * 31 >> 3);
+    const std::string envelope = sealed(text, key.bytes, size / 2);
+    EXPECT_EQ(envelope.size(), size + 28);
+    EXPECT_EQ(openEnvelope(key.bytes, envelope), text) << size;
+    EXPECT_NE(sealed(text, key.bytes, 2 * size), envelope) << "the same nonce";
+  }
+}
+
+TEST_F(StorageTest, KeysOfOtherLengthsAreRefused) {
+  for (const std::size_t size : {0, 1, 16, 24, 31, 33, 64}) {
+    try {
+      sealed("text", std::vector<std::uint8_t>(size));
+      FAIL() << size;
+    } catch (const StorageFailure<SnapshotCryptoError>& failure) {
+      EXPECT_EQ(failure.error, SnapshotCryptoError::invalidKeyLength);
+      EXPECT_STREQ(failure.what(), "key must be 32 bytes");
+    }
+  }
+}
+
+TEST_F(StorageTest, APasskeyKeyWithoutAGroupNamesTheItemsOfEveryGroup) {
+  const std::vector<std::uint8_t> key(32, 1);
+  const std::vector<std::uint8_t> other(32, 2);
+  PasskeyIndex::saveKey(key, std::nullopt);
+  EXPECT_EQ(host().keychain.items().at(0).name.accessGroup, std::nullopt);
+  PasskeyIndex::saveKey(key, "group");
+  PasskeyIndex::saveKey(other, std::nullopt);
+  ASSERT_EQ(host().keychain.items().size(), 2U);
+  for (const auto& item : host().keychain.items()) EXPECT_EQ(item.value[0], 2);
+  PasskeyIndex::deleteKey("another group");
+  EXPECT_EQ(host().keychain.items().size(), 2U);
+  PasskeyIndex::deleteKey(std::nullopt);
+  EXPECT_TRUE(host().keychain.items().empty());
+}
+
+// JSON
+
+std::string jsonOf(const Entries& entries) {
+  SecureBuffer buffer;
+  JsonArrayWriter writer(buffer);
+  for (const auto& entry : entries) {
+    writer.object(std::vector<JsonMember>(entry.begin(), entry.end()));
+  }
+  writer.finish();
+  return textOf(buffer);
+}
+
+void appendScalar(std::string& text, gunichar scalar) {
+  char bytes[6];
+  text.append(bytes, g_unichar_to_utf8(scalar, bytes));
+}
+
+TEST(JsonArrayWriterTest, EveryCharacterIsReadBackWhereverItStands) {
+  Entries entries;
+  std::string text;
+  for (gunichar scalar = 0; scalar <= 0x10FFFF; ++scalar) {
+    if (scalar == 0xD800) scalar = 0xE000;
+    appendScalar(text, scalar);
+    if (scalar % 61 == 0) entries.push_back({{"text", std::exchange(text, "")}});
+  }
+  for (gunichar scalar = 0; scalar < 0x100; ++scalar) {
+    for (std::size_t size = 1; size <= 18; ++size) {
+      std::map<std::string, std::string> entry;
+      for (std::size_t at = 0; at < size; ++at) {
+        std::string padded(at, '~');
+        appendScalar(padded, scalar);
+        entry.emplace(std::to_string(at), padded + std::string(size - at - 1, '~'));
+      }
+      entries.push_back(entry);
+    }
+  }
+  EXPECT_TRUE(parseEntries(jsonOf(entries)) == entries);
+  EXPECT_EQ(jsonOf({}), "[]");
+  EXPECT_EQ(jsonOf({{}, {{"a", ""}, {"b", " "}}}), R"([{},{"a":"","b":" "}])");
+}
+
+TEST(JsonArrayWriterTest, TextThatIsNotUtf8IsRefusedWhereverItStands) {
+  for (const std::string fault :
+       {"\x80", "\xBF", "\xC0\xAF", "\xC1\xBF", "\xC3", "\xE0\x80\xAF", "\xE0\x9F\xBF",
+        "\xED\xA0\x80", "\xED\xBF\xBF", "\xE2\x82", "\xF0\x8F\xBF\xBF", "\xF4\x90\x80\x80",
+        "\xF0\x9F\x98", "\xF5\x80\x80", "\xFE", "\xFF"}) {
+    for (std::size_t before = 0; before < 20; ++before) {
+      for (std::size_t after = 0; after < 20; ++after) {
+        const std::string text = std::string(before, 'a') + fault + std::string(after, 'a');
+        EXPECT_THROW(jsonOf({{{"text", text}}}), std::invalid_argument);
+      }
+    }
+  }
+}
+
+}  // namespace
+}  // namespace norvane
