@@ -14,7 +14,7 @@
 #include "logins.h"
 #include "measure.h"
 #include "platform/flutter/standard_method_codec.h"
-#include "support/value_copy.h"
+#include "value_copy.h"
 
 namespace norvane {
 namespace {

@@ -308,17 +308,6 @@ TEST_F(AutoFillBridgeTest, TheStoreMayAnswerLateTwiceOrNever) {
   }
 }
 
-TEST_F(AutoFillBridgeTest, AClearDoesNotCatchARegistrationThatTheStoreIsStillBusyWith) {
-  credentialStore.held = true;
-  send(kAutoFill, "registerCredentials", itemNamed("slow"));
-  dispatch.settle();
-  credentialStore.held = false;
-  EXPECT_EQ(autoFill("clearCredentials"), "success true");
-  dispatch.globalAsync([this] { (*credentialStore.answers.at(0))(); });
-  dispatch.settle();
-  EXPECT_EQ(registered(), Lines{"domain|Norvane|u|slow"});
-}
-
 TEST_F(AutoFillBridgeTest, WorkOutlivesTheBridgeAndItsEngineAndCallsToNobodyAreDropped) {
   const auto answer = [this](std::size_t nth) {
     dispatch.settle();

@@ -8,7 +8,7 @@
 #include "platform/flutter/standard_message.h"
 #include "platform/flutter/standard_method_codec.h"
 #include "platform/utf8.h"
-#include "support/value_copy.h"
+#include "value_copy.h"
 
 namespace norvane {
 namespace {

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "support/value_copy.h"
+#include "value_copy.h"
 
 using norvane::Bytes;
 

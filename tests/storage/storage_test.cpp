@@ -48,21 +48,6 @@ TEST_F(StorageTest, KeysOfOtherLengthsAreRefused) {
   }
 }
 
-TEST_F(StorageTest, APasskeyKeyWithoutAGroupNamesTheItemsOfEveryGroup) {
-  const std::vector<std::uint8_t> key(32, 1);
-  const std::vector<std::uint8_t> other(32, 2);
-  PasskeyIndex::saveKey(key, std::nullopt);
-  EXPECT_EQ(host().keychain.items().at(0).name.accessGroup, std::nullopt);
-  PasskeyIndex::saveKey(key, "group");
-  PasskeyIndex::saveKey(other, std::nullopt);
-  ASSERT_EQ(host().keychain.items().size(), 2U);
-  for (const auto& item : host().keychain.items()) EXPECT_EQ(item.value[0], 2);
-  PasskeyIndex::deleteKey("another group");
-  EXPECT_EQ(host().keychain.items().size(), 2U);
-  PasskeyIndex::deleteKey(std::nullopt);
-  EXPECT_TRUE(host().keychain.items().empty());
-}
-
 // JSON
 
 std::string jsonOf(const Entries& entries) {

@@ -13,20 +13,6 @@ constexpr const char* kDeeplink = "norvane/deeplink";
 
 using MainFlutterWindowTest = HostTest;
 
-TEST_F(MainFlutterWindowTest, SetUpLoadsTheCoreBeforeItOpensChannels) {
-  launch();
-  EXPECT_EQ(log.take(),
-            (Lines{"[Norvane] loaded Rust library at: " + bundlePath +
-                       "/Contents/Frameworks/libffi_bridge.dylib",
-                   "[Norvane] MainFlutterWindow channels registered (deeplink + hotkey + "
-                   "hotkey-config + secure-input + secure-clipboard + system-idle)",
-                   "[Norvane] global hotkey \u2318\\ registered (status=0)"}));
-  const auto* alive =
-      static_cast<std::int32_t*>(::dlsym(RTLD_DEFAULT, "norvane_example_core_alive"));
-  ASSERT_TRUE(alive) << "the core's symbols are not visible to the process";
-  EXPECT_EQ(*alive, 1);
-}
-
 TEST_F(MainFlutterWindowTest, EarlyLinksAreKeptAndWhatIsNoTextIsNoLink) {
   start();
   desktop().openURL("norvane://item/1");
