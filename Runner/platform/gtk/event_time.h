@@ -1,0 +1,19 @@
+#pragma once
+
+#include <cstdint>
+
+namespace norvane {
+
+/// The X server time of the person's last event that this application was given: a hotkey, a click,
+/// an activation. Window managers ask for it before they hand a window the keyboard. Main thread.
+class EventTime {
+ public:
+  void set(std::uint32_t time) { last_ = time; }
+  /// Milliseconds; the server's own time when there was no event yet.
+  std::uint32_t last() const;
+
+ private:
+  std::uint32_t last_ = 0;
+};
+
+}  // namespace norvane

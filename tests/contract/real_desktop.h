@@ -1,0 +1,34 @@
+#pragma once
+
+#include <functional>
+#include <initializer_list>
+
+#include <X11/Xlib.h>
+
+namespace norvane {
+
+/// Turns the main loop until `condition` holds; false after ten seconds, which no healthy run
+/// takes.
+bool await(const std::function<bool()>& condition);
+
+/// Another application on the same display: a connection of its own to the X server, and the
+/// person's keyboard and mouse, by XTest.
+class OtherClient {
+ public:
+  OtherClient();
+  ~OtherClient();
+  OtherClient(const OtherClient&) = delete;
+
+  Display* display() const { return display_; }
+  /// Holds the modifier keys down, presses and releases the key, then lets them go. X key codes of
+  /// an evdev keyboard.
+  void press(unsigned keyCode, std::initializer_list<unsigned> modifierKeys = {});
+  void key(unsigned keyCode, bool down);
+  /// Left button, in pixels from the top left of the screen.
+  void click(int x, int y);
+
+ private:
+  Display* display_;
+};
+
+}  // namespace norvane
