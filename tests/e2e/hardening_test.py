@@ -30,7 +30,7 @@ class Hardening(HostTest):
         check = ["cmake", "-D", f"ROOT={runner}", "-P", f"{ROOT}/cmake/check_seam.cmake"]
         subprocess.run(check, check=True, capture_output=True)
         for name, line in [("storage/cipher.cpp", "#include <openssl/evp.h>"),
-                           ("window/peek.h", '#include "platform/headless/console.h"'),
+                           ("window/peek.h", '#include "platform/console/console.h"'),
                            ("services/idle.cpp", "#  include <chrono>"),
                            ("services/port.cpp", "#ifdef __linux__")]:
             path = write(os.path.join(runner, name), f"#include <string>\n{line}\n")

@@ -6,7 +6,7 @@
 
 #include "app/main_interface.h"
 #include "platform/flutter/standard_method_codec.h"
-#include "platform/headless/console_values.h"
+#include "platform/console/console_values.h"
 #include "platform/linux/json.h"
 
 namespace norvane {

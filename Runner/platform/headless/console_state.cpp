@@ -3,8 +3,8 @@
 #include <string>
 #include <variant>
 
+#include "platform/console/json_members.h"
 #include "platform/headless/headless_platform.h"
-#include "platform/headless/json_members.h"
 
 namespace norvane {
 namespace {

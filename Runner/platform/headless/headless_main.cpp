@@ -10,7 +10,8 @@
 
 #include <sys/stat.h>
 
-#include "platform/headless/console.h"
+#include "platform/console/console.h"
+#include "platform/headless/console_events.h"
 #include "platform/headless/headless_platform.h"
 #include "platform/linux/atomic_file.h"
 #include "platform/linux/data_directory.h"
@@ -58,7 +59,11 @@ int runHeadless(const CommandLine& commandLine, const MainInterface& mainInterfa
     return refuse(kExitNoDataDirectory,
                   std::string("the data directory cannot be used: ") + error.what());
   }
-  Console console(*host, dispatch);
+  Console console(host->ui, dispatch,
+                  [&](const std::string& event, JsonDocument& arguments, JsonWriter& answer) {
+                    carryOutDesktopEvent(event, arguments, answer, *host);
+                  });
+  host->updater.setObserver([&] { console.printDesktopEvent("checkForUpdates"); });
   host->desktop.launch(mainInterface);
   console.start();
   dispatch.run();

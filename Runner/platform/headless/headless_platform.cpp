@@ -19,6 +19,13 @@ std::string swept(const std::string& dataDirectory) {
   return dataDirectory;
 }
 
+DatabaseCredentialStore::Conduct credentialStoreConduct(const LiveProfile& profile) {
+  const auto store = profile.get(&Profile::credentialStore);
+  return {.state = {store.isEnabled, store.supportsIncrementalUpdates},
+          .success = store.success,
+          .error = store.error};
+}
+
 }  // namespace
 
 std::optional<std::string> HeadlessBundle::infoText(const std::string& key) const {
@@ -50,7 +57,7 @@ HeadlessPlatform::HeadlessPlatform(Profile initialProfile, const std::string& da
       fileManager(swept(dataDirectory), profile),
       crypto(profile),
       keychain(dataDirectory, profile),
-      credentialStore(dataDirectory, profile, dispatch),
+      credentialStore(dataDirectory, dispatch, [this] { return credentialStoreConduct(profile); }),
       userDefaults(dataDirectory + "/user-defaults.json", log),
       graphics(profile),
       hotkeys(profile),

@@ -4,15 +4,15 @@
 #include <memory>
 #include <string>
 
-#include "platform/headless/headless_credential_store.h"
+#include "platform/console/scripted_ui.h"
 #include "platform/headless/headless_desktop.h"
 #include "platform/headless/headless_graphics.h"
 #include "platform/headless/headless_hotkeys.h"
 #include "platform/headless/headless_keychain.h"
 #include "platform/headless/headless_services.h"
 #include "platform/headless/headless_status_bar.h"
-#include "platform/headless/headless_ui.h"
 #include "platform/headless/live_profile.h"
+#include "platform/linux/database_credential_store.h"
 #include "platform/linux/json_user_defaults.h"
 #include "platform/linux/linux_file_manager.h"
 #include "platform/linux/openssl_crypto.h"
@@ -75,9 +75,9 @@ struct HeadlessPlatform {
   HeadlessFileManager fileManager;
   HeadlessCrypto crypto;
   HeadlessKeychain keychain;
-  HeadlessCredentialStore credentialStore;
+  DatabaseCredentialStore credentialStore;
   JsonUserDefaults userDefaults;
-  HeadlessUi ui;
+  ScriptedUi ui;
   HeadlessGraphics graphics;
   HeadlessHotkeys hotkeys;
   HeadlessStatusBar statusBar;

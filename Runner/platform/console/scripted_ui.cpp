@@ -1,4 +1,4 @@
-#include "platform/headless/headless_ui.h"
+#include "platform/console/scripted_ui.h"
 
 #include <utility>
 
@@ -7,7 +7,7 @@
 
 namespace norvane {
 
-bool HeadlessUi::send(const std::string& engine, const std::string& channel, Bytes message,
+bool ScriptedUi::send(const std::string& engine, const std::string& channel, Bytes message,
                       FlutterBinaryReply::Sink reply) {
   const auto found = engines_.find(engine);
   if (found == engines_.end()) return false;
@@ -17,20 +17,20 @@ bool HeadlessUi::send(const std::string& engine, const std::string& channel, Byt
   return true;
 }
 
-void HeadlessUi::run(FlutterEngine& engine, std::string_view entrypoint) {
+void ScriptedUi::run(FlutterEngine& engine, std::string_view entrypoint) {
   engines_[engine.name()] = &engine;
   if (observer_) observer_->started(engine.name(), entrypoint);
 }
 
-void HeadlessUi::shutDown(FlutterEngine& engine) {
+void ScriptedUi::shutDown(FlutterEngine& engine) {
   std::erase_if(engines_, [&](const auto& entry) { return entry.second == &engine; });
 }
 
-void HeadlessUi::send(FlutterEngine& engine, std::string_view channel, Bytes message) {
+void ScriptedUi::send(FlutterEngine& engine, std::string_view channel, Bytes message) {
   if (observer_) observer_->called(engine.name(), channel, std::move(message));
 }
 
-void HeadlessUi::registerPlugin(std::string_view /*plugin*/,
+void ScriptedUi::registerPlugin(std::string_view /*plugin*/,
                                 const FlutterPluginRegistrar& registrar) {
   if (observer_) observer_->pluginRegistered(registrar.engine.name(), registrar.name);
 }

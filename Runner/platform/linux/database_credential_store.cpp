@@ -1,35 +1,34 @@
-#include "platform/headless/headless_credential_store.h"
+#include "platform/linux/database_credential_store.h"
 
 #include <exception>
 #include <utility>
 
 namespace norvane {
 
-HeadlessCredentialStore::HeadlessCredentialStore(const std::string& dataDirectory,
-                                                 const LiveProfile& profile, Dispatch& dispatch)
-    : profile_(profile),
+DatabaseCredentialStore::DatabaseCredentialStore(const std::string& dataDirectory,
+                                                 Dispatch& dispatch,
+                                                 std::function<Conduct()> conduct)
+    : conduct_(std::move(conduct)),
       database_(dataDirectory + "/credential-identities.sqlite"),
       queue_(dispatch.makeSerialQueue()) {}
 
-void HeadlessCredentialStore::inspect(
+void DatabaseCredentialStore::inspect(
     const std::function<void(CredentialIdentityDatabase& database)>& look) {
   const std::lock_guard lock(mutex_);
   look(database_);
 }
 
-void HeadlessCredentialStore::getCredentialIdentityStoreState(StateCompletion completion) {
-  queue_->async([this, completion = std::move(completion)]() mutable {
-    const auto store = profile_.get(&Profile::credentialStore);
-    completion({store.isEnabled, store.supportsIncrementalUpdates});
-  });
+void DatabaseCredentialStore::getCredentialIdentityStoreState(StateCompletion completion) {
+  queue_->async(
+      [this, completion = std::move(completion)]() mutable { completion(conduct_().state); });
 }
 
-void HeadlessCredentialStore::perform(Operation operation, Completion completion) {
+void DatabaseCredentialStore::perform(Operation operation, Completion completion) {
   queue_->async(
       [this, operation = std::move(operation), completion = std::move(completion)]() mutable {
-        const auto store = profile_.get(&Profile::credentialStore);
-        std::optional<std::string> error = store.error;
-        if (!error && store.success) {
+        const Conduct conduct = conduct_();
+        std::optional<std::string> error = conduct.error;
+        if (!error && conduct.success) {
           try {
             const std::lock_guard lock(mutex_);
             operation(database_);
@@ -37,25 +36,25 @@ void HeadlessCredentialStore::perform(Operation operation, Completion completion
             error = failure.what();
           }
         }
-        completion(!error && store.success, error);
+        completion(!error && conduct.success, error);
       });
 }
 
-void HeadlessCredentialStore::replaceCredentialIdentities(
+void DatabaseCredentialStore::replaceCredentialIdentities(
     std::vector<ASPasswordCredentialIdentity> identities, Completion completion) {
   perform([identities =
                std::move(identities)](auto& database) { database.replacePasswords(identities); },
           std::move(completion));
 }
 
-void HeadlessCredentialStore::saveCredentialIdentityEntries(
+void DatabaseCredentialStore::saveCredentialIdentityEntries(
     std::vector<ASPasskeyCredentialIdentity> identities, Completion completion) {
   perform(
       [identities = std::move(identities)](auto& database) { database.addPasskeys(identities); },
       std::move(completion));
 }
 
-void HeadlessCredentialStore::removeAllCredentialIdentities(Completion completion) {
+void DatabaseCredentialStore::removeAllCredentialIdentities(Completion completion) {
   perform([](auto& database) { database.removeAll(); }, std::move(completion));
 }
 

@@ -1,4 +1,4 @@
-#include "platform/headless/console.h"
+#include "platform/console/console.h"
 
 #include <algorithm>
 #include <initializer_list>
@@ -8,12 +8,9 @@
 #include <glib.h>
 #include <unistd.h>
 
+#include "platform/console/console_values.h"
+#include "platform/console/json_members.h"
 #include "platform/flutter/standard_method_codec.h"
-#include "platform/headless/console_events.h"
-#include "platform/headless/console_state.h"
-#include "platform/headless/console_values.h"
-#include "platform/headless/headless_platform.h"
-#include "platform/headless/json_members.h"
 #include "platform/linux/atomic_file.h"
 #include "platform/linux/glib_dispatch.h"
 
@@ -41,22 +38,17 @@ struct Console::Source {
   Console* console;
 };
 
-Console::Console(HeadlessPlatform& host, GlibDispatch& dispatch)
-    : host_(host), dispatch_(dispatch), input_(STDIN_FILENO), openCalls_(std::make_shared<char>()) {
-  host_.ui.setObserver(this);
-  host_.updater.setObserver([this] {
-    JsonBuffer line;
-    JsonWriter writer(line);
-    writer.StartObject();
-    member(writer, "desktop", "checkForUpdates");
-    writer.EndObject();
-    print(line);
-  });
+Console::Console(ScriptedUi& ui, GlibDispatch& dispatch, DesktopEvents desktopEvents)
+    : ui_(ui),
+      dispatch_(dispatch),
+      desktopEvents_(std::move(desktopEvents)),
+      input_(STDIN_FILENO),
+      openCalls_(std::make_shared<char>()) {
+  ui_.setObserver(this);
 }
 
 Console::~Console() {
-  host_.updater.setObserver({});
-  host_.ui.setObserver(nullptr);
+  ui_.setObserver(nullptr);
   if (!source_) return;
   g_source_destroy(source_);
   g_source_unref(source_);
@@ -104,12 +96,7 @@ bool Console::ready() {
 void Console::turn() {
   if (settling_) {
     settling_ = false;
-    JsonBuffer line;
-    JsonWriter writer(line);
-    writer.StartObject();
-    member(writer, "desktop", "settled");
-    writer.EndObject();
-    print(line);
+    printDesktopEvent("settled");
   } else if (input_.hasLine()) {
     takeLine(input_.take());
   } else if (!input_.ended()) {
@@ -148,7 +135,7 @@ void Console::sendCall(const JsonValue& line, const std::string& idJson) {
   const std::string channel = expectText(require(line, "channel"), "\"channel\"");
   const std::string method = expectText(require(line, "method"), "\"method\"");
   Bytes message = encodeConsoleCall(method, find(line, "arguments"));
-  const bool sent = host_.ui.send(
+  const bool sent = ui_.send(
       engine, channel, std::move(message),
       [this, idJson, open = openCalls_](Bytes reply) { printReply(idJson, std::move(reply)); });
   if (!sent) throw JsonError("no engine \"" + engine + "\" is running");
@@ -157,26 +144,25 @@ void Console::sendCall(const JsonValue& line, const std::string& idJson) {
 void Console::carryOutEvent(JsonDocument& line) {
   const std::string event = expectText(line["desktop"], "\"desktop\"");
   line.RemoveMember("desktop");
-  if (event == "set") {
-    line.RemoveMember("id");
-    Profile profile = host_.profile.copy();
-    applyToProfile(line, profile);
-    host_.setProfile(profile);
-  } else if (event == "settle" || event == "quit" || event == "state") {
+  if (event == "settle" || event == "quit") {
     constexpr std::string_view kMembers[] = {"id"};
     expectOnly(line, kMembers);
     if (event == "settle") settling_ = true;
     if (event == "quit") quit();
-    if (event == "state") printState();
-  } else {
-    carryOutDesktopEvent(event, line, host_);
+    return;
   }
+  JsonBuffer answer;
+  JsonWriter writer(answer);
+  desktopEvents_(event, line, writer);
+  if (answer.GetSize() > 0) print(answer);
 }
 
-void Console::printState() {
+void Console::printDesktopEvent(std::string_view event) {
   JsonBuffer line;
   JsonWriter writer(line);
-  writeState(writer, host_);
+  writer.StartObject();
+  member(writer, "desktop", event);
+  writer.EndObject();
   print(line);
 }
 

@@ -1,4 +1,4 @@
-#include "platform/headless/console_values.h"
+#include "platform/console/console_values.h"
 
 #include <cmath>
 #include <limits>

@@ -7,17 +7,24 @@
 
 #include "platform/credential_identity_store.h"
 #include "platform/dispatch.h"
-#include "platform/headless/live_profile.h"
 #include "platform/linux/credential_identity_database.h"
 
 namespace norvane {
 
-/// The credential identity store on a real database. It works and answers on a worker thread, in
-/// the order of the calls, and succeeds or fails as the profile says.
-class HeadlessCredentialStore : public ASCredentialIdentityStore {
+/// The credential identity store on a database of the host's own. It works and answers on a worker
+/// thread, in the order of the calls.
+class DatabaseCredentialStore : public ASCredentialIdentityStore {
  public:
-  HeadlessCredentialStore(const std::string& dataDirectory, const LiveProfile& profile,
-                          Dispatch& dispatch);
+  /// What the store does; a text in `error`, or no success, makes it refuse without a change.
+  struct Conduct {
+    ASCredentialIdentityStoreState state;
+    bool success = true;
+    std::optional<std::string> error;
+  };
+
+  /// `conduct` is asked at each operation, on a worker thread.
+  DatabaseCredentialStore(const std::string& dataDirectory, Dispatch& dispatch,
+                          std::function<Conduct()> conduct);
 
   /// The person's side: what is registered, read by `look`.
   void inspect(const std::function<void(CredentialIdentityDatabase& database)>& look);
@@ -33,7 +40,7 @@ class HeadlessCredentialStore : public ASCredentialIdentityStore {
   using Operation = UniqueFunction<void(CredentialIdentityDatabase& database)>;
   void perform(Operation operation, Completion completion);
 
-  const LiveProfile& profile_;
+  const std::function<Conduct()> conduct_;
   std::mutex mutex_;
   CredentialIdentityDatabase database_;
   std::shared_ptr<SerialQueue> queue_;

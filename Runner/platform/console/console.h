@@ -1,11 +1,12 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
 
-#include "platform/headless/headless_ui.h"
-#include "platform/headless/line_input.h"
+#include "platform/console/line_input.h"
+#include "platform/console/scripted_ui.h"
 #include "platform/linux/json.h"
 
 struct _GSource;
@@ -13,18 +14,26 @@ struct _GSource;
 namespace norvane {
 
 class GlibDispatch;
-struct HeadlessPlatform;
 
 /// The console protocol of docs/console.md: standard input and output stand in for the UI programs
-/// and for the person at the desk. Each line is a turn of its own on the main thread, taken when
-/// the main queue is empty, so that the same lines always meet the same state. Main thread.
+/// and, where the desktop is simulated, for the person at the desk. Each line is a turn of its own
+/// on the main thread, taken when the main queue is empty, so that the same lines always meet the
+/// same state. Main thread.
 class Console : public UiObserver {
  public:
-  Console(HeadlessPlatform& host, GlibDispatch& dispatch);
+  /// Carries out a desktop event that is not the console's own; `arguments` are the line's other
+  /// members, and what is written to `answer` is printed. Throws JsonError, with nothing changed,
+  /// for an event that does not exist or cannot happen now.
+  using DesktopEvents =
+      std::function<void(const std::string& event, JsonDocument& arguments, JsonWriter& answer)>;
+
+  Console(ScriptedUi& ui, GlibDispatch& dispatch, DesktopEvents desktopEvents);
   ~Console() override;
 
   /// Begins to take lines.
   void start();
+  /// Prints that `event` has happened on the desktop.
+  void printDesktopEvent(std::string_view event);
 
   void started(std::string_view engine, std::string_view entrypoint) override;
   void pluginRegistered(std::string_view engine, std::string_view name) override;
@@ -40,12 +49,12 @@ class Console : public UiObserver {
   void sendCall(const JsonValue& line, const std::string& idJson);
   void carryOutEvent(JsonDocument& line);
   void printReply(const std::string& idJson, Bytes message);
-  void printState();
   void print(const JsonBuffer& line);
   void quit();
 
-  HeadlessPlatform& host_;
+  ScriptedUi& ui_;
   GlibDispatch& dispatch_;
+  const DesktopEvents desktopEvents_;
   LineInput input_;
   bool settling_ = false;
   bool quitting_ = false;

@@ -21,7 +21,7 @@ class UiObserver {
 };
 
 /// UI programs that are played by someone else: the console, or a test. Main thread.
-class HeadlessUi : public FlutterEmbedder {
+class ScriptedUi : public FlutterEmbedder {
  public:
   void setObserver(UiObserver* observer) { observer_ = observer; }
 

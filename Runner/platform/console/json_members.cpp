@@ -1,4 +1,4 @@
-#include "platform/headless/json_members.h"
+#include "platform/console/json_members.h"
 
 #include <memory>
 

@@ -1,4 +1,4 @@
-#include "platform/headless/line_input.h"
+#include "platform/console/line_input.h"
 
 #include <cerrno>
 #include <utility>

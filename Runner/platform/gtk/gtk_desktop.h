@@ -1,0 +1,61 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/dispatch.h"
+#include "platform/gtk/event_time.h"
+#include "platform/ns_application.h"
+#include "platform/ns_process_info.h"
+#include "platform/window_server.h"
+
+namespace norvane {
+
+class DesktopWindow;
+
+/// The windows and the screens of an X11 desktop, by way of GTK. Main thread.
+class GtkDesktop : public WindowServer, public NSScreens, public NSProcessInfo {
+ public:
+  /// `quit` ends the main loop.
+  GtkDesktop(Dispatch& dispatch, EventTime& eventTime, std::function<void()> quit);
+  ~GtkDesktop() override;
+
+  // The desktop's side
+
+  /// Loads the application's main interface, shows its main window and tells its delegate that
+  /// launch has finished. A window that is not to take the keyboard leaves it where it is.
+  void launch(const MainInterface& mainInterface, bool takesKeyboard);
+  /// The person opens a link with the application.
+  void openURL(const std::string& url);
+  /// The person starts the application that runs already.
+  void reopen();
+
+  // The host's side
+
+  std::unique_ptr<NativeWindow> makeWindow(NSWindow& window, const NSRect& contentRect,
+                                           NSWindowStyleMask styleMask) override;
+  void activateIgnoringOtherApps() override;
+  std::optional<NSRect> mainScreenVisibleFrame() const override;
+  std::optional<std::string> environment(const std::string& name) const override;
+  NSOperatingSystemVersion operatingSystemVersion() const override;
+
+ private:
+  friend class DesktopWindow;
+  struct Watch;
+
+  void updateKeyWindow();
+  bool hasVisibleMainWindow() const;
+  void personCloses(const std::weak_ptr<NSWindow>& window);
+
+  Dispatch& dispatch_;
+  EventTime& eventTime_;
+  std::function<void()> quit_;
+  std::vector<DesktopWindow*> windows_;
+  DesktopWindow* keyWindow_ = nullptr;
+  std::unique_ptr<Watch> activeWindowWatch_;
+};
+
+}  // namespace norvane
