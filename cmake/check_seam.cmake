@@ -10,8 +10,8 @@ file(GLOB_RECURSE FILES ${ROOT}/*.cpp ${ROOT}/*.h)
 set(FAULTS 0)
 foreach(FILE IN LISTS FILES)
   file(RELATIVE_PATH NAME ${ROOT} ${FILE})
-  # main is the one place that chooses a platform.
-  if(NAME STREQUAL "app/main.cpp" OR NOT NAME MATCHES "^(${HOST})/")
+  # The programs' entries are the places that choose a platform.
+  if(NAME MATCHES "^app/(desktop_)?main.cpp$" OR NOT NAME MATCHES "^(${HOST})/")
     continue()
   endif()
   file(STRINGS ${FILE} LINES REGEX "^[ \t]*#")

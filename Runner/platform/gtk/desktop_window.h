@@ -5,10 +5,7 @@
 #include "platform/gtk/gtk_desktop.h"
 #include "platform/window_server.h"
 
-struct _GdkEventButton;
-struct _GdkEventConfigure;
 struct _GtkWidget;
-struct _cairo;
 
 namespace norvane {
 
@@ -24,7 +21,8 @@ class DesktopWindow : public NativeWindow {
   void orderFront() override;
   void makeKeyAndOrderFront() override;
   void orderOut() override;
-  bool isVisible() const override { return visible_; }
+  /// An iconified window is not.
+  bool isVisible() const override { return visible_ && !iconified_; }
   NSRect frame() const override { return frame_; }
   /// No window manager of X animates: `animate` changes nothing.
   void setFrame(const NSRect& frame, bool animate) override;
@@ -36,25 +34,19 @@ class DesktopWindow : public NativeWindow {
   NSWindow& owner() const { return owner_; }
   /// Whether `window`, of X's, is this one or lies in it.
   bool contains(unsigned long window) const;
-  /// Keeps the keyboard where it is when the window comes on screen.
-  void showWithoutKeyboard();
 
  private:
-  struct Widgets;
+  struct Signals;
   struct Decoration {
-    int left = 0;
-    int top = 0;
-    int width = 0;  ///< left and right
+    int width = 0;  ///< left and right together
     int height = 0;
     bool operator==(const Decoration&) const = default;
   };
 
   bool isPanel() const;
-  void show(bool takesKeyboard);
   void mapped();
   void frameMayHaveChanged();
   void takeSettledFrame();
-  bool learnDecoration();
   void applyFrame();
   void applyLimits();
   NSRect clamped(NSRect frame) const;
@@ -69,6 +61,7 @@ class DesktopWindow : public NativeWindow {
   WindowAppearance appearance_;
   Decoration decoration_;
   bool visible_ = false;
+  bool iconified_ = false;
   bool wantsKeyboard_ = false;  ///< as soon as it is mapped
   unsigned changes_ = 0;        ///< of the frame, to tell when it has settled
 };

@@ -9,6 +9,8 @@ namespace norvane {
 class EventTime {
  public:
   void set(std::uint32_t time) { last_ = time; }
+  /// One has just happened that came without a time.
+  void happened();
   /// Milliseconds; the server's own time when there was no event yet.
   std::uint32_t last() const;
 

@@ -2,22 +2,8 @@
 
 #include <utility>
 
-#include "platform/linux/atomic_file.h"
-
 namespace norvane {
 namespace {
-
-std::string containerPath(const std::string& dataDirectory, const std::string& group) {
-  return dataDirectory + "/Group Containers/" + group;
-}
-
-/// Removes what writes that a kill has cut off have left behind.
-std::string swept(const std::string& dataDirectory) {
-  sweepTemporaryFiles(dataDirectory);
-  sweepTemporaryFiles(containerPath(dataDirectory, "group.cn.kestrio.norvane") +
-                      "/Library/Application Support");
-  return dataDirectory;
-}
 
 DatabaseCredentialStore::Conduct credentialStoreConduct(const LiveProfile& profile) {
   const auto store = profile.get(&Profile::credentialStore);
@@ -36,7 +22,7 @@ std::optional<std::string> HeadlessBundle::infoText(const std::string& key) cons
 std::optional<std::string> HeadlessFileManager::containerURLForSecurityApplicationGroupIdentifier(
     const std::string& group) {
   if (!profile_.get(&Profile::appGroup)) return std::nullopt;
-  return containerPath(dataDirectory_, group);
+  return LinuxFileManager::containerURLForSecurityApplicationGroupIdentifier(group);
 }
 
 std::optional<std::string> HeadlessFileManager::URLForUbiquityContainerIdentifier(
@@ -54,7 +40,7 @@ HeadlessPlatform::HeadlessPlatform(Profile initialProfile, const std::string& da
                                    Dispatch& dispatch, Log& log, std::function<void()> quit)
     : profile(std::move(initialProfile)),
       bundle(profile),
-      fileManager(swept(dataDirectory), profile),
+      fileManager(dataDirectory, profile),
       crypto(profile),
       keychain(dataDirectory, profile),
       credentialStore(dataDirectory, dispatch, [this] { return credentialStoreConduct(profile); }),

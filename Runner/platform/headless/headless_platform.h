@@ -14,6 +14,7 @@
 #include "platform/headless/live_profile.h"
 #include "platform/linux/database_credential_store.h"
 #include "platform/linux/json_user_defaults.h"
+#include "platform/linux/linux_bundle.h"
 #include "platform/linux/linux_file_manager.h"
 #include "platform/linux/openssl_crypto.h"
 #include "platform/linux/process.h"
@@ -26,25 +27,23 @@ namespace norvane {
 class HeadlessBundle : public LinuxBundle {
  public:
   explicit HeadlessBundle(const LiveProfile& profile) : profile_(profile) {}
-  std::optional<std::string> bundleIdentifier() const override { return "cn.kestrio.norvane"; }
   std::optional<std::string> infoText(const std::string& key) const override;
 
  private:
   const LiveProfile& profile_;
 };
 
-/// Files, with the application's containers in the data directory.
+/// Containers that exist as the profile says.
 class HeadlessFileManager : public LinuxFileManager {
  public:
   HeadlessFileManager(std::string dataDirectory, const LiveProfile& profile)
-      : dataDirectory_(std::move(dataDirectory)), profile_(profile) {}
+      : LinuxFileManager(std::move(dataDirectory)), profile_(profile) {}
   std::optional<std::string> containerURLForSecurityApplicationGroupIdentifier(
       const std::string& group) override;
   std::optional<std::string> URLForUbiquityContainerIdentifier(
       const std::string& identifier) override;
 
  private:
-  std::string dataDirectory_;
   const LiveProfile& profile_;
 };
 

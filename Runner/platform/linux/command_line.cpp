@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <memory>
+#include <string_view>
 
 #include <glib.h>
 
@@ -23,9 +24,20 @@ using Context = std::unique_ptr<GOptionContext, Deleter<g_option_context_free>>;
 using Arguments = std::unique_ptr<char*, Deleter<g_strfreev>>;
 using Error = std::unique_ptr<GError, Deleter<g_error_free>>;
 
+CommandLine ended(int exitStatus) {
+  CommandLine commandLine;
+  commandLine.exitStatus = exitStatus;
+  return commandLine;
+}
+
 CommandLine usageError(const std::string& message) {
   std::fprintf(stderr, "Norvane: %s (try --help)\n", message.c_str());
-  return {.dataDirectory = {}, .desktopProfile = {}, .exitStatus = kExitUsage};
+  return ended(kExitUsage);
+}
+
+bool isLink(const char* argument) {
+  const Text scheme(g_uri_parse_scheme(argument));
+  return scheme && g_ascii_strcasecmp(scheme.get(), "norvane") == 0;
 }
 
 }  // namespace
@@ -34,22 +46,35 @@ CommandLine parseCommandLine(int argc, char** argv) {
   char* platformArgument = nullptr;
   char* profileArgument = nullptr;
   char* directoryArgument = nullptr;
+  char* uiArgument = nullptr;
+  gboolean allowDebugger = FALSE;
+  gboolean atLogin = FALSE;
+  gboolean isService = FALSE;
   gboolean version = FALSE;
   const GOptionEntry entries[] = {
       {"platform", 0, 0, G_OPTION_ARG_STRING, &platformArgument,
-       "The desktop to run on; headless, the default, is the only one so far", "NAME"},
+       "The desktop to run on: gtk, the default, or headless", "NAME"},
       {"desktop", 0, 0, G_OPTION_ARG_FILENAME, &profileArgument, "Describes the headless desktop",
        "PROFILE.json"},
+      {"ui", 0, 0, G_OPTION_ARG_STRING, &uiArgument,
+       "What plays the UI on the gtk platform: console", "NAME"},
+      {"allow-debugger", 0, 0, G_OPTION_ARG_NONE, &allowDebugger,
+       "Let processes of the same user look into this one", nullptr},
+      {"at-login", 0, 0, G_OPTION_ARG_NONE, &atLogin,
+       "Started with the session: do not take the keyboard", nullptr},
+      {"gapplication-service", 0, G_OPTION_FLAG_HIDDEN, G_OPTION_ARG_NONE, &isService,
+       "Started by the session bus", nullptr},
       {"data-dir", 0, 0, G_OPTION_ARG_FILENAME, &directoryArgument,
        "Where everything is kept; by default in the XDG data home", "DIR"},
       {"version", 0, 0, G_OPTION_ARG_NONE, &version, "Print the version", nullptr},
       {},
   };
-  const Context context(g_option_context_new("- the desktop host of a password manager"));
+  const Context context(g_option_context_new("[LINK…] - the desktop host of a password manager"));
   g_option_context_set_summary(
       context.get(),
-      "On the headless desktop, standard input and output speak the console protocol:\n"
-      "one JSON object a line, see docs/console.md.");
+      "LINK is an address that begins with norvane: and goes to the instance that runs already,\n"
+      "where one does. On the headless desktop, and with --ui console, standard input and output\n"
+      "speak the console protocol: one JSON object a line, see docs/console.md.");
   g_option_context_add_main_entries(context.get(), entries, nullptr);
   g_option_context_set_help_enabled(context.get(), FALSE);
   gboolean help = FALSE;
@@ -68,32 +93,49 @@ CommandLine parseCommandLine(int argc, char** argv) {
   const Text profile(profileArgument);
   const Text directory(directoryArgument);
 
+  const Text ui(uiArgument);
+
   if (!parsed) return usageError(error->message);
   if (help) {
     const Text text(g_option_context_get_help(context.get(), TRUE, nullptr));
     std::fputs(text.get(), stdout);
-    return {.dataDirectory = {}, .desktopProfile = {}, .exitStatus = 0};
+    return ended(0);
   }
   if (version) {
     std::puts("Norvane " NORVANE_VERSION);
-    return {.dataDirectory = {}, .desktopProfile = {}, .exitStatus = 0};
+    return ended(0);
   }
-  if (arguments.get()[0] && arguments.get()[1]) {
-    return usageError(std::string("unexpected argument ") + arguments.get()[1]);
+  CommandLine commandLine;
+  if (platformName && std::string_view("gtk") != platformName.get()) {
+    commandLine.headless = std::string_view("headless") == platformName.get();
+    if (!commandLine.headless) {
+      return usageError(std::string("no platform is named ") + platformName.get());
+    }
   }
-  if (platformName && std::string(platformName.get()) != "headless") {
-    return usageError(std::string("no platform is named ") + platformName.get());
+  for (char** argument = arguments.get() + 1; argc > 0 && *argument; ++argument) {
+    if (commandLine.headless || !isLink(*argument)) {
+      return usageError(std::string("unexpected argument ") + *argument);
+    }
+    commandLine.links.emplace_back(*argument);
+  }
+  if (ui && std::string_view("console") != ui.get()) {
+    return usageError(std::string("no UI is named ") + ui.get());
+  }
+  if (profile && !commandLine.headless) {
+    return usageError("--desktop describes the headless desktop: add --platform headless");
   }
   if (directory && !*directory) return usageError("--data-dir needs a directory");
   // Paths below it are told to the UI, whose texts are UTF-8.
   if (directory && !isWellFormedUtf8(directory.get())) {
     return usageError("--data-dir must be UTF-8");
   }
-  return {
-      .dataDirectory = directory ? directory.get() : DataDirectory::defaultPath(),
-      .desktopProfile = profile ? std::optional<std::string>(profile.get()) : std::nullopt,
-      .exitStatus = {},
-  };
+  commandLine.dataDirectory = directory ? directory.get() : DataDirectory::defaultPath();
+  if (profile) commandLine.desktopProfile = profile.get();
+  commandLine.console = ui != nullptr;
+  commandLine.allowDebugger = allowDebugger;
+  commandLine.atLogin = atLogin;
+  commandLine.isService = isService;
+  return commandLine;
 }
 
 }  // namespace norvane

@@ -2,18 +2,27 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace norvane {
 
 // Exit statuses, after sysexits.h.
-inline constexpr int kExitUsage = 64;            ///< a wrong command line
-inline constexpr int kExitBadProfile = 65;       ///< a profile that is not valid
+inline constexpr int kExitUsage = 64;       ///< a wrong command line
+inline constexpr int kExitBadProfile = 65;  ///< a profile that is not valid
+inline constexpr int kExitNoDesktop = 69;   ///< no display, or a build without the real desktop
 inline constexpr int kExitNoDataDirectory = 73;  ///< a data directory that cannot be used
 inline constexpr int kExitInUse = 75;            ///< another host has the data directory
 
 struct CommandLine {
+  bool headless = false;  ///< the simulated desktop; otherwise the real one
   std::string dataDirectory;
-  std::optional<std::string> desktopProfile;  ///< path of a profile
+  std::optional<std::string> desktopProfile;  ///< path of a profile, for the headless desktop
+  // For the real desktop
+  bool console = false;        ///< plays the UI; the headless desktop always has it
+  bool allowDebugger = false;  ///< lets processes of the same user look into this one
+  bool atLogin = false;        ///< started with the session, not by the person
+  bool isService = false;      ///< started by the session bus, which says what it wants
+  std::vector<std::string> links;
 
   /// Set when there is nothing to run: after --help, --version or a usage error, which were
   /// answered.

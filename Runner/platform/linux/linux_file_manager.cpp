@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -17,6 +18,13 @@ namespace {
 }
 
 }  // namespace
+
+LinuxFileManager::LinuxFileManager(std::string dataDirectory)
+    : dataDirectory_(std::move(dataDirectory)) {
+  sweepTemporaryFiles(dataDirectory_);
+  sweepTemporaryFiles(dataDirectory_ +
+                      "/Group Containers/group.cn.kestrio.norvane/Library/Application Support");
+}
 
 bool LinuxFileManager::fileExistsAtPath(const std::string& path) const {
   return ::access(path.c_str(), F_OK) == 0;
@@ -43,6 +51,16 @@ void LinuxFileManager::writeAtomically(std::span<const std::uint8_t> data,
 
 void LinuxFileManager::removeItem(const std::string& path) {
   if (::unlink(path.c_str()) != 0) fail(path);
+}
+
+std::optional<std::string> LinuxFileManager::containerURLForSecurityApplicationGroupIdentifier(
+    const std::string& group) {
+  return dataDirectory_ + "/Group Containers/" + group;
+}
+
+std::optional<std::string> LinuxFileManager::URLForUbiquityContainerIdentifier(
+    const std::string& /*identifier*/) {
+  return std::nullopt;
 }
 
 }  // namespace norvane

@@ -1,19 +1,14 @@
 #include "platform/linux/process.h"
 
 #include <cstdlib>
-#include <filesystem>
 
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
 namespace norvane {
-
-std::string LinuxBundle::bundlePath() const {
-  const auto executable = std::filesystem::read_symlink("/proc/self/exe");
-  return executable.parent_path().parent_path().parent_path().string();
-}
 
 bool LinuxDynamicLoader::dlopen(const std::string& path) {
   return ::dlopen(path.c_str(), RTLD_NOW | RTLD_GLOBAL) != nullptr;
@@ -40,5 +35,7 @@ void disableCoreDumps() {
   constexpr rlimit kNone{0, 0};
   ::setrlimit(RLIMIT_CORE, &kNone);
 }
+
+void forbidDebuggers() { ::prctl(PR_SET_DUMPABLE, 0); }
 
 }  // namespace norvane

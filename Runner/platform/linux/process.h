@@ -4,15 +4,8 @@
 #include <string>
 
 #include "platform/dynamic_loader.h"
-#include "platform/ns_bundle.h"
 
 namespace norvane {
-
-/// The bundle that the running executable lies in: BUNDLE/Contents/MacOS/EXECUTABLE.
-class LinuxBundle : public NSBundle {
- public:
-  std::string bundlePath() const override;
-};
 
 class LinuxDynamicLoader : public DynamicLoader {
  public:
@@ -29,5 +22,8 @@ void ensureStandardDescriptors();
 
 /// Leaves no core file behind: it would hold the vault's secrets.
 void disableCoreDumps();
+
+/// Keeps processes of the same user from reading this one's memory or attaching to it.
+void forbidDebuggers();
 
 }  // namespace norvane

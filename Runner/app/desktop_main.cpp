@@ -1,0 +1,10 @@
+#include "app/main_interface.h"
+#include "platform/gtk/gtk_main.h"
+#include "platform/linux/command_line.h"
+
+/// The host on the real desktop; Norvane becomes this program when it is not told otherwise.
+int main(int argc, char** argv) {
+  const norvane::CommandLine commandLine = norvane::parseCommandLine(argc, argv);
+  if (commandLine.exitStatus) return *commandLine.exitStatus;
+  return norvane::runGtk(commandLine, norvane::mainInterface());
+}

@@ -1,0 +1,275 @@
+#include "platform/gtk/desktop_window.h"
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+
+#include <gdk/gdkx.h>
+#include <gtk/gtk.h>
+
+#include "platform/gtk/main_screen.h"
+#include "platform/gtk/placeholder_view.h"
+#include "platform/ns_window.h"
+
+namespace norvane {
+namespace {
+
+// A window manager answers within a few milliseconds; while the person drags, frames follow one
+// another. Seconds.
+constexpr double kSettled = 0.2;
+
+bool isAbout(const NSRect& a, const NSRect& b) {
+  const auto near = [](double x, double y) { return std::abs(x - y) <= 1; };
+  return near(a.origin.x, b.origin.x) && near(a.origin.y, b.origin.y) &&
+         near(a.size.width, b.size.width) && near(a.size.height, b.size.height);
+}
+
+int pixels(double points) {
+  return static_cast<int>(std::lround(std::clamp(points, 1.0, double{G_MAXSHORT})));
+}
+
+}  // namespace
+
+/// What the toolkit tells the window.
+struct DesktopWindow::Signals {
+  static gboolean deleteEvent(GtkWidget*, GdkEvent*, DesktopWindow* self) {
+    self->desktop_.personCloses(self->owner_.weak_from_this());
+    return TRUE;  // the toolkit would destroy it
+  }
+  static gboolean mapEvent(GtkWidget*, GdkEvent*, DesktopWindow* self) {
+    self->mapped();
+    return FALSE;
+  }
+  static gboolean configureEvent(GtkWidget*, GdkEvent*, DesktopWindow* self) {
+    self->frameMayHaveChanged();
+    return FALSE;
+  }
+  static gboolean focusEvent(GtkWidget*, GdkEvent*, DesktopWindow* self) {
+    self->desktop_.updateKeyWindow();
+    return FALSE;
+  }
+  static gboolean stateEvent(GtkWidget*, GdkEventWindowState* event, DesktopWindow* self) {
+    self->iconified_ = event->new_window_state & GDK_WINDOW_STATE_ICONIFIED;
+    return FALSE;
+  }
+  static gboolean buttonPress(GtkWidget* widget, GdkEventButton* event, DesktopWindow* self) {
+    self->desktop_.eventTime_.set(event->time);
+    if (!self->appearance_.movableByWindowBackground) return FALSE;
+    gtk_window_begin_move_drag(GTK_WINDOW(widget), static_cast<int>(event->button),
+                               static_cast<int>(event->x_root), static_cast<int>(event->y_root),
+                               event->time);
+    return TRUE;
+  }
+  static gboolean draw(GtkWidget* widget, cairo_t* context, DesktopWindow* self) {
+    if (!self->appearance_.clearBackground) return FALSE;
+    // Without a compositor nothing would be seen through it, but black.
+    if (!gdk_screen_is_composited(gtk_widget_get_screen(widget))) {
+      gtk_render_background(gtk_widget_get_style_context(widget), context, 0, 0,
+                            gtk_widget_get_allocated_width(widget),
+                            gtk_widget_get_allocated_height(widget));
+      return FALSE;
+    }
+    cairo_save(context);
+    cairo_set_operator(context, CAIRO_OPERATOR_SOURCE);
+    cairo_set_source_rgba(context, 0, 0, 0, 0);
+    cairo_paint(context);
+    cairo_restore(context);
+    return FALSE;
+  }
+};
+
+DesktopWindow::DesktopWindow(GtkDesktop& desktop, NSWindow& owner, const NSRect& frame,
+                             NSWindowStyleMask styleMask)
+    : desktop_(desktop),
+      owner_(owner),
+      window_(gtk_window_new(GTK_WINDOW_TOPLEVEL)),
+      frame_(frame),
+      styleMask_(styleMask) {
+  desktop_.windows_.push_back(this);
+  GtkWindow* window = GTK_WINDOW(window_);
+  gtk_window_set_title(window, isPanel() ? "Norvane — Quick Access" : "Norvane");
+  gtk_window_set_icon_name(window, "cn.kestrio.norvane");
+  if (GdkVisual* visual = gdk_screen_get_rgba_visual(gtk_widget_get_screen(window_))) {
+    if (isPanel()) gtk_widget_set_visual(window_, visual);  // only before it is realized
+  }
+  if (isPanel()) {
+    gtk_window_set_type_hint(window, GDK_WINDOW_TYPE_HINT_UTILITY);
+    gtk_window_set_skip_taskbar_hint(window, TRUE);
+    gtk_window_set_skip_pager_hint(window, TRUE);
+  }
+  gtk_widget_add_events(window_, GDK_BUTTON_PRESS_MASK);
+  const auto connect = [&](const char* signal, auto* handler) {
+    g_signal_connect(window_, signal, G_CALLBACK(handler), this);
+  };
+  connect("delete-event", &Signals::deleteEvent);
+  connect("map-event", &Signals::mapEvent);
+  connect("configure-event", &Signals::configureEvent);
+  connect("focus-in-event", &Signals::focusEvent);
+  connect("focus-out-event", &Signals::focusEvent);
+  connect("window-state-event", &Signals::stateEvent);
+  connect("button-press-event", &Signals::buttonPress);
+  connect("draw", &Signals::draw);
+  gtk_container_add(GTK_CONTAINER(window_), makePlaceholderView(isPanel()));
+  setStyleMask(styleMask);
+}
+
+DesktopWindow::~DesktopWindow() {
+  if (desktop_.keyWindow_ == this) desktop_.keyWindow_ = nullptr;
+  std::erase(desktop_.windows_, this);
+  g_signal_handlers_disconnect_by_data(window_, this);
+  gtk_widget_destroy(window_);
+}
+
+bool DesktopWindow::isPanel() const { return styleMask_ & NSWindowStyleMaskNonactivatingPanel; }
+
+bool DesktopWindow::contains(unsigned long window) const {
+  GdkWindow* own = gtk_widget_get_window(window_);
+  if (!visible_ || !own || window <= PointerRoot) return false;
+  GdkDisplay* display = gdk_window_get_display(own);
+  gdk_x11_display_error_trap_push(display);  // the window may vanish meanwhile
+  // The toolkit's focus lies on a child of its window.
+  ::Window root = 0;
+  while (window != 0 && window != root && window != gdk_x11_window_get_xid(own)) {
+    ::Window parent = 0;
+    ::Window* children = nullptr;
+    unsigned count = 0;
+    if (!XQueryTree(GDK_DISPLAY_XDISPLAY(display), window, &root, &parent, &children, &count)) {
+      window = 0;
+      break;
+    }
+    if (children) XFree(children);
+    window = parent;
+  }
+  gdk_x11_display_error_trap_pop_ignored(display);
+  return window == gdk_x11_window_get_xid(own);
+}
+
+void DesktopWindow::orderFront() {
+  gtk_window_set_focus_on_map(GTK_WINDOW(window_), FALSE);
+  visible_ = true;
+  applyFrame();
+  gtk_widget_show(window_);
+}
+
+void DesktopWindow::makeKeyAndOrderFront() {
+  GtkWindow* window = GTK_WINDOW(window_);
+  const guint32 time = desktop_.eventTime_.last();
+  gtk_window_set_focus_on_map(window, TRUE);
+  if (!visible_) {
+    // A hidden window loses all three.
+    if (appearance_.collectionBehavior & NSWindowCollectionBehaviorCanJoinAllSpaces) {
+      gtk_window_stick(window);
+    }
+    gtk_window_set_keep_above(window, appearance_.level > NSNormalWindowLevel);
+    applyFrame();
+  } else if (GdkWindow* mappedWindow = gtk_widget_get_window(window_)) {
+    // A window on another desktop is not brought by asking for the keyboard.
+    gdk_x11_window_move_to_current_desktop(mappedWindow);
+  }
+  visible_ = true;
+  wantsKeyboard_ = !gtk_widget_get_mapped(window_);
+  gtk_window_present_with_time(window, time);
+}
+
+void DesktopWindow::orderOut() {
+  visible_ = false;
+  wantsKeyboard_ = false;
+  gtk_widget_hide(window_);
+  desktop_.updateKeyWindow();
+}
+
+// Some window managers do not give a new window the keyboard that is kept off their taskbar.
+void DesktopWindow::mapped() {
+  if (!wantsKeyboard_ || !visible_) return;
+  wantsKeyboard_ = false;
+  gdk_window_focus(gtk_widget_get_window(window_), desktop_.eventTime_.last());
+}
+
+void DesktopWindow::setFrame(const NSRect& frame, bool /*animate*/) {
+  frame_ = clamped(frame);
+  applyFrame();
+}
+
+void DesktopWindow::setMinSize(const NSSize& size) {
+  minSize_ = size;
+  applyLimits();
+}
+
+void DesktopWindow::setMaxSize(const NSSize& size) {
+  maxSize_ = size;
+  applyLimits();
+}
+
+void DesktopWindow::setStyleMask(NSWindowStyleMask styleMask) {
+  styleMask_ = styleMask;
+  gtk_window_set_decorated(GTK_WINDOW(window_), (styleMask & NSWindowStyleMaskTitled) != 0);
+  applyLimits();
+}
+
+void DesktopWindow::setAppearance(const WindowAppearance& appearance) {
+  appearance_ = appearance;
+  gtk_widget_set_app_paintable(window_, appearance.clearBackground);
+  gtk_window_set_keep_above(GTK_WINDOW(window_), appearance.level > NSNormalWindowLevel);
+  gtk_widget_queue_draw(window_);
+}
+
+NSRect DesktopWindow::clamped(NSRect frame) const {
+  frame.size = {std::max(minSize_.width, std::min(frame.size.width, maxSize_.width)),
+                std::max(minSize_.height, std::min(frame.size.height, maxSize_.height))};
+  return frame;
+}
+
+void DesktopWindow::applyFrame() {
+  const auto screen = mainScreen();
+  if (!screen) return;
+  applyLimits();
+  const GdkRectangle rectangle = screen->fromPoints(frame_);
+  gtk_window_resize(GTK_WINDOW(window_), pixels(rectangle.width - decoration_.width),
+                    pixels(rectangle.height - decoration_.height));
+  gtk_window_move(GTK_WINDOW(window_), rectangle.x, rectangle.y);
+}
+
+// The window manager's limits are those of the client, without the decoration.
+void DesktopWindow::applyLimits() {
+  NSSize least = minSize_;
+  NSSize most = maxSize_;
+  if (!(styleMask_ & NSWindowStyleMaskResizable)) least = most = frame_.size;
+  GdkGeometry limits{};
+  limits.min_width = pixels(least.width - decoration_.width);
+  limits.min_height = pixels(least.height - decoration_.height);
+  limits.max_width = pixels(most.width - decoration_.width);
+  limits.max_height = pixels(most.height - decoration_.height);
+  gtk_window_set_geometry_hints(
+      GTK_WINDOW(window_), nullptr, &limits,
+      static_cast<GdkWindowHints>(GDK_HINT_MIN_SIZE |
+                                  (most == kUnboundedSize ? 0 : GDK_HINT_MAX_SIZE)));
+}
+
+void DesktopWindow::frameMayHaveChanged() {
+  desktop_.dispatch_.mainAfter(kSettled,
+                               [this, change = ++changes_, weakOwner = owner_.weak_from_this()] {
+                                 if (!weakOwner.expired() && change == changes_) takeSettledFrame();
+                               });
+}
+
+// Only of a window that is on screen: hidden and iconified ones report frames that are none.
+void DesktopWindow::takeSettledFrame() {
+  const auto screen = mainScreen();
+  if (!isVisible() || !gtk_widget_get_mapped(window_) || !screen) return;
+  GdkRectangle actual;
+  gdk_window_get_frame_extents(gtk_widget_get_window(window_), &actual);
+  Decoration decoration;
+  gtk_window_get_size(GTK_WINDOW(window_), &decoration.width, &decoration.height);
+  decoration = {actual.width - decoration.width, actual.height - decoration.height};
+  if (decoration != decoration_) {
+    decoration_ = decoration;
+    applyFrame();  // was for another one
+    return;
+  }
+  const NSRect settled = screen->toPoints(actual);
+  if (isAbout(settled, frame_)) return;
+  frame_ = settled;
+  owner_.frameDidChange();
+}
+
+}  // namespace norvane

@@ -1,0 +1,113 @@
+#include "platform/gtk/gtk_main.h"
+
+#include <csignal>
+#include <cstdio>
+#include <exception>
+#include <optional>
+#include <string>
+
+#include <gdk/gdkx.h>
+#include <glib-unix.h>
+#include <gtk/gtk.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "platform/console/console.h"
+#include "platform/gtk/gtk_platform.h"
+#include "platform/gtk/journal_log.h"
+#include "platform/gtk/single_instance.h"
+#include "platform/linux/data_directory.h"
+#include "platform/linux/glib_dispatch.h"
+#include "platform/linux/process.h"
+
+namespace norvane {
+namespace {
+
+constexpr const char* kApplicationId = "cn.kestrio.norvane";
+
+int refuse(int status, const std::string& message) {
+  std::fprintf(stderr, "Norvane: %s\n", message.c_str());
+  return status;
+}
+
+/// The toolkit's windows cannot outlive their display. What is being written is left whole by
+/// whatever moment the process ends at.
+int endWithDisplay(Display*) {
+  NSLog("[Norvane] the display has gone away");
+  ::_exit(kExitNoDesktop);
+}
+
+void quitOnSignals(GlibDispatch& dispatch) {
+  for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
+    g_unix_signal_add(
+        signal,
+        [](gpointer data) -> gboolean {
+          static_cast<GlibDispatch*>(data)->quit();
+          return G_SOURCE_CONTINUE;
+        },
+        &dispatch);
+  }
+}
+
+/// The person speaks to the real desktop, not to its console.
+void refuseDesktopEvent(const std::string& event, JsonDocument&, JsonWriter&) {
+  throw JsonError("the real desktop takes no event \"" + event + "\" from the console");
+}
+
+}  // namespace
+
+int runGtk(const CommandLine& commandLine, const MainInterface& mainInterface) {
+  ensureStandardDescriptors();
+  disableCoreDumps();
+  if (!commandLine.allowDebugger) forbidDebuggers();
+  ::umask(S_IRWXG | S_IRWXO);     // whatever is kept is the user's alone
+  std::signal(SIGPIPE, SIG_IGN);  // a reader that goes away is an error of the write
+  g_set_prgname(kApplicationId);  // by which desktops find the application's entry
+  gdk_set_allowed_backends("x11");
+  if (!gtk_init_check(nullptr, nullptr)) {
+    return refuse(kExitNoDesktop,
+                  "the display cannot be used; --platform headless runs without one");
+  }
+  XSetIOErrorHandler(&endWithDisplay);
+
+  JournalLog log;
+  GlibDispatch dispatch;
+  SingleInstance instance(kApplicationId);
+  if (instance.isSecond()) {
+    instance.handOver(commandLine.links);
+    gdk_notify_startup_complete();
+    return 0;
+  }
+  std::optional<DataDirectory> directory;
+  std::optional<GtkPlatform> host;
+  try {
+    directory.emplace(commandLine.dataDirectory);
+    host.emplace(directory->path(), dispatch, log, [&] { dispatch.quit(); });
+  } catch (const DataDirectoryInUse& inUse) {
+    return refuse(kExitInUse, std::string("another host uses the data directory ") + inUse.what());
+  } catch (const std::exception& error) {
+    return refuse(kExitNoDataDirectory,
+                  std::string("the data directory cannot be used: ") + error.what());
+  }
+  std::optional<Console> console;
+  if (commandLine.console) console.emplace(host->ui, dispatch, &refuseDesktopEvent);
+  quitOnSignals(dispatch);
+  host->desktop.launch(mainInterface, /*takesKeyboard=*/!commandLine.atLogin);
+  instance.listen(
+      [&](const std::string& link) {
+        host->eventTime.happened();
+        host->desktop.openURL(link);
+      },
+      [&] {
+        host->eventTime.happened();
+        host->desktop.reopen();
+      });
+  for (const std::string& link : commandLine.links) {
+    dispatch.mainAsync([&host, link] { host->desktop.openURL(link); });
+  }
+  if (console) console->start();
+  dispatch.run();
+  return 0;
+}
+
+}  // namespace norvane

@@ -1,0 +1,70 @@
+#include "platform/gtk/gtk_platform.h"
+
+#include <utility>
+
+#include "platform/gtk/global_shortcuts_portal.h"
+#include "platform/gtk/x11_hotkeys.h"
+
+namespace norvane {
+namespace {
+
+// The identities are names in the clear, of use to an extension that asks for them and nobody else.
+constexpr const char* kIdentitiesKey = "NorvaneCredentialIdentities";
+
+DatabaseCredentialStore::Conduct conductWhen(bool isEnabled) {
+  return {.state = {.isEnabled = isEnabled, .supportsIncrementalUpdates = true},
+          .success = true,
+          .error = {}};
+}
+
+std::unique_ptr<CarbonEventManager> makeHotkeys(EventTime& eventTime, Dispatch& dispatch) {
+  return std::make_unique<X11Hotkeys>(eventTime, dispatch);
+}
+
+}  // namespace
+
+GtkPlatform::GtkPlatform(const std::string& dataDirectory, Dispatch& dispatch, Log& log,
+                         std::function<void()> quit)
+    : fileManager(dataDirectory),
+      keychain(dispatch),
+      userDefaults(dataDirectory + "/user-defaults.json", log),
+      credentialStore(
+          dataDirectory, dispatch,
+          [isEnabled = userDefaults.boolForKey(kIdentitiesKey)] { return conductWhen(isEnabled); }),
+      graphics(bundle.bundlePath()),
+      hotkeys(makeHotkeys(eventTime, dispatch)),
+      statusBar(eventTime),
+      appService(bundle.bundlePath() + "/Contents/MacOS/Norvane"),
+      updater(dispatch, bundle.infoText("SUFeedURL"), NORVANE_VERSION),
+      workspace(bundle.bundleIdentifier()),
+      desktop(dispatch, eventTime, std::move(quit)),
+      platform{
+          .application = application,
+          .appService = appService,
+          .carbonEvents = *hotkeys,
+          .credentialIdentityStore = credentialStore,
+          .crypto = crypto,
+          .dispatch = dispatch,
+          .dynamicLoader = loader,
+          .eventSource = eventSource,
+          .fileManager = fileManager,
+          .flutter = ui,
+          .graphics = graphics,
+          .keyboardInput = keyboard,
+          .keychain = keychain,
+          .log = log,
+          .mainBundle = bundle,
+          .pasteboard = pasteboard,
+          .processInfo = desktop,
+          .screens = desktop,
+          .statusBar = statusBar,
+          .updater = updater,
+          .userDefaults = userDefaults,
+          .windowServer = desktop,
+          .workspace = workspace,
+      },
+      installed(platform) {}
+
+GtkPlatform::~GtkPlatform() { application.releaseAll(); }
+
+}  // namespace norvane

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "platform/console/scripted_ui.h"
+#include "platform/gtk/autostart_entry.h"
+#include "platform/gtk/event_time.h"
+#include "platform/gtk/gtk_desktop.h"
+#include "platform/gtk/gtk_graphics.h"
+#include "platform/gtk/gtk_pasteboard.h"
+#include "platform/gtk/gtk_status_bar.h"
+#include "platform/gtk/gtk_updater.h"
+#include "platform/gtk/idle_time.h"
+#include "platform/gtk/secret_service_keychain.h"
+#include "platform/gtk/x11_keyboard.h"
+#include "platform/gtk/x11_workspace.h"
+#include "platform/linux/database_credential_store.h"
+#include "platform/linux/json_user_defaults.h"
+#include "platform/linux/linux_bundle.h"
+#include "platform/linux/linux_file_manager.h"
+#include "platform/linux/openssl_crypto.h"
+#include "platform/linux/process.h"
+#include "platform/ns_application.h"
+#include "platform/platform.h"
+
+namespace norvane {
+
+/// The services of the real desktop, on one data directory that nobody else uses. Made once the
+/// toolkit runs.
+struct GtkPlatform {
+  GtkPlatform(const std::string& dataDirectory, Dispatch& dispatch, Log& log,
+              std::function<void()> quit);
+  /// Lets the application's windows and delegate go, while there is a platform for them.
+  ~GtkPlatform();
+
+  EventTime eventTime;
+  LinuxDynamicLoader loader;
+  LinuxBundle bundle;
+  LinuxFileManager fileManager;
+  OpenSslCrypto crypto;
+  SecretServiceKeychain keychain;
+  JsonUserDefaults userDefaults;
+  DatabaseCredentialStore credentialStore;
+  ScriptedUi ui;
+  GtkGraphics graphics;
+  std::unique_ptr<CarbonEventManager> hotkeys;
+  GtkStatusBar statusBar;
+  X11Keyboard keyboard;
+  GtkPasteboard pasteboard;
+  IdleTime eventSource;
+  AutostartEntry appService;
+  GtkUpdater updater;
+  X11Workspace workspace;
+  GtkDesktop desktop;
+  NSApplication application;
+  const Platform platform;
+  const ScopedPlatform installed;
+};
+
+}  // namespace norvane
