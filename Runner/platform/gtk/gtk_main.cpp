@@ -6,13 +6,12 @@
 #include <optional>
 #include <string>
 
-#include <gdk/gdkx.h>
 #include <glib-unix.h>
 #include <gtk/gtk.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include "platform/console/console.h"
+#include "platform/gtk/display_end.h"
 #include "platform/gtk/gtk_platform.h"
 #include "platform/gtk/journal_log.h"
 #include "platform/gtk/single_instance.h"
@@ -28,13 +27,6 @@ constexpr const char* kApplicationId = "cn.kestrio.norvane";
 int refuse(int status, const std::string& message) {
   std::fprintf(stderr, "Norvane: %s\n", message.c_str());
   return status;
-}
-
-/// The toolkit's windows cannot outlive their display. What is being written is left whole by
-/// whatever moment the process ends at.
-int endWithDisplay(Display*) {
-  NSLog("[Norvane] the display has gone away");
-  ::_exit(kExitNoDesktop);
 }
 
 void quitOnSignals(GlibDispatch& dispatch) {
@@ -68,7 +60,6 @@ int runGtk(const CommandLine& commandLine, const MainInterface& mainInterface) {
     return refuse(kExitNoDesktop,
                   "the display cannot be used; --platform headless runs without one");
   }
-  XSetIOErrorHandler(&endWithDisplay);
 
   JournalLog log;
   GlibDispatch dispatch;
@@ -89,6 +80,7 @@ int runGtk(const CommandLine& commandLine, const MainInterface& mainInterface) {
     return refuse(kExitNoDataDirectory,
                   std::string("the data directory cannot be used: ") + error.what());
   }
+  endWithDisplay();
   std::optional<Console> console;
   if (commandLine.console) console.emplace(host->ui, dispatch, &refuseDesktopEvent);
   quitOnSignals(dispatch);
