@@ -17,9 +17,9 @@ class HostFailure(Exception):
 class Host:
     """A running host. Use it in a `with` statement: whatever happens, the process is gone after."""
 
-    def __init__(self, bundle, *options, env=None):
+    def __init__(self, bundle, *options, platform="headless", env=None):
         self._process = subprocess.Popen(
-            [os.path.join(bundle, "Contents/MacOS/Norvane"), "--platform", "headless", *options],
+            [os.path.join(bundle, "Contents/MacOS/Norvane"), "--platform", platform, *options],
             stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
             encoding="utf-8", errors="surrogateescape", env=env)
         self.pid = self._process.pid

@@ -245,7 +245,25 @@ void DesktopWindow::applyLimits() {
                                   (most == kUnboundedSize ? 0 : GDK_HINT_MAX_SIZE)));
 }
 
+// Known once the window manager has put the window into its frame. What was asked for before was
+// meant for another decoration.
+void DesktopWindow::learnDecoration(const GdkRectangle& extents) {
+  Decoration decoration;
+  gtk_window_get_size(GTK_WINDOW(window_), &decoration.width, &decoration.height);
+  decoration = {extents.width - decoration.width, extents.height - decoration.height};
+  const bool isNone = decoration == Decoration{};
+  if (decoration == decoration_ || (isNone && gtk_window_get_decorated(GTK_WINDOW(window_)))) {
+    return;
+  }
+  decoration_ = decoration;
+  applyFrame();
+}
+
 void DesktopWindow::frameMayHaveChanged() {
+  if (!isVisible() || !gtk_widget_get_mapped(window_)) return;
+  GdkRectangle extents;
+  gdk_window_get_frame_extents(gtk_widget_get_window(window_), &extents);
+  learnDecoration(extents);
   desktop_.dispatch_.mainAfter(kSettled,
                                [this, change = ++changes_, weakOwner = owner_.weak_from_this()] {
                                  if (!weakOwner.expired() && change == changes_) takeSettledFrame();
@@ -256,17 +274,9 @@ void DesktopWindow::frameMayHaveChanged() {
 void DesktopWindow::takeSettledFrame() {
   const auto screen = mainScreen();
   if (!isVisible() || !gtk_widget_get_mapped(window_) || !screen) return;
-  GdkRectangle actual;
-  gdk_window_get_frame_extents(gtk_widget_get_window(window_), &actual);
-  Decoration decoration;
-  gtk_window_get_size(GTK_WINDOW(window_), &decoration.width, &decoration.height);
-  decoration = {actual.width - decoration.width, actual.height - decoration.height};
-  if (decoration != decoration_) {
-    decoration_ = decoration;
-    applyFrame();  // was for another one
-    return;
-  }
-  const NSRect settled = screen->toPoints(actual);
+  GdkRectangle extents;
+  gdk_window_get_frame_extents(gtk_widget_get_window(window_), &extents);
+  const NSRect settled = screen->toPoints(extents);
   if (isAbout(settled, frame_)) return;
   frame_ = settled;
   owner_.frameDidChange();

@@ -6,6 +6,7 @@
 #include "platform/window_server.h"
 
 struct _GtkWidget;
+struct _cairo_rectangle_int;
 
 namespace norvane {
 
@@ -47,6 +48,7 @@ class DesktopWindow : public NativeWindow {
   void mapped();
   void frameMayHaveChanged();
   void takeSettledFrame();
+  void learnDecoration(const _cairo_rectangle_int& extents);
   void applyFrame();
   void applyLimits();
   NSRect clamped(NSRect frame) const;
