@@ -75,6 +75,8 @@ def a_window_opens(tour):
                      MAIN, (250, 150, 940, 600))
     tour.await_keyboard(MAIN)
     show("screen", "and has the keyboard")
+    tour.check("the UI's engine has started, with its plugins",
+               [line.get("started") for line in tour.host.settle()], ["main"] + 7 * [None])
     tour.check("the UI reports that it is ready", tour.ui_sends(
         "norvane/deeplink", "flutterReady"), (SUCCEEDED, []))
 
