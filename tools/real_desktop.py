@@ -93,6 +93,9 @@ class OtherApplication:
         return self
 
     def __exit__(self, *_):
+        self.end()
+
+    def end(self):
         self._process.kill()
         self._process.wait()
 

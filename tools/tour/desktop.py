@@ -97,7 +97,7 @@ def the_hotkey_calls_quick_access(tour):
     tour.presses_hotkey()
     shown = tour.await_call("shown")
     tour.check("the panel hears which application is in front, with its icon",
-               (shown["bundleId"], shown["name"], "$bytes" in str(shown["icon"])),
+               (shown["identity"], shown["name"], "$bytes" in shown.get("iconPng", {})),
                ("org.example.Editor", "Editor", True))
     tour.await_keyboard(PANEL)
     tour.editor.expect("has lost the keyboard")
@@ -266,6 +266,7 @@ def main():
     install_entries()
     data_directory = os.path.join(DATA, "norvane")
     step = "Start"
+    tour = None
     try:
         with Host(BUNDLE, "--ui", "console", platform="gtk") as host:
             tour = DesktopTour(host, BUNDLE, data_directory, os.environ)
@@ -278,6 +279,9 @@ def main():
         sys.stdout.flush()
         print(f"\nWRONG in \"{step}\":\n{textwrap.indent(str(failure), '    ')}", file=sys.stderr)
         return 1
+    finally:
+        if tour and tour.editor:
+            tour.editor.end()
     print(f"\nAll {len(STEPS)} steps went as they should.")
     return 0
 
