@@ -1,18 +1,14 @@
 // What a password that is copied looks like to other applications.
 
-#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include <gio/gio.h>
-
-#include "platform/gtk/glib_handles.h"
+#include "other_program.h"
 #include "platform/gtk/gtk_pasteboard.h"
 #include "platform/headless/headless_services.h"
 #include "real_desktop.h"
-
 namespace norvane {
 namespace {
 
@@ -46,26 +42,7 @@ class RealClipboard {
   /// What xclip gets; nothing when it gets a refusal.
   std::optional<std::string> read(const std::string& type) {
     const char* target = type == NSPasteboardTypeString ? "UTF8_STRING" : type.c_str();
-    const GObjectPtr<GSubprocess> xclip(
-        g_subprocess_new(static_cast<GSubprocessFlags>(G_SUBPROCESS_FLAGS_STDOUT_PIPE |
-                                                       G_SUBPROCESS_FLAGS_STDERR_SILENCE),
-                         nullptr, "xclip", "-selection", "clipboard", "-o", "-t", target, nullptr));
-    struct Answer {
-      bool isThere = false;
-      GBytes* bytes = nullptr;
-    } answer;
-    const auto taken = +[](GObject* process, GAsyncResult* result, gpointer to) {
-      auto& got = *static_cast<Answer*>(to);
-      g_subprocess_communicate_finish(G_SUBPROCESS(process), result, &got.bytes, nullptr, nullptr);
-      got.isThere = true;
-    };
-    g_subprocess_communicate_async(xclip.get(), nullptr, nullptr, taken, &answer);
-    EXPECT_TRUE(await([&] { return answer.isThere; }));
-    const std::unique_ptr<GBytes, GlibDeleter<g_bytes_unref>> bytes(answer.bytes);
-    if (!bytes || !g_subprocess_get_successful(xclip.get())) return std::nullopt;
-    gsize size = 0;
-    const auto* text = static_cast<const char*>(g_bytes_get_data(bytes.get(), &size));
-    return std::string(text ? text : "", size);
+    return outputOf({"xclip", "-selection", "clipboard", "-o", "-t", target});
   }
 };
 
