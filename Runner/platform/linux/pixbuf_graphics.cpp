@@ -70,6 +70,12 @@ Pixbuf Pixbuf::make(int width, int height) {
   return made;
 }
 
+Pixbuf Pixbuf::adopt(_GdkPixbuf* pixbuf) {
+  Pixbuf adopted;
+  adopted.pixbuf_ = pixbuf;
+  return adopted;
+}
+
 Pixbuf::Pixbuf(Pixbuf&& other) noexcept : pixbuf_(std::exchange(other.pixbuf_, nullptr)) {}
 
 Pixbuf& Pixbuf::operator=(Pixbuf&& other) noexcept {

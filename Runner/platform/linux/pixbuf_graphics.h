@@ -18,11 +18,15 @@ class Pixbuf {
   Pixbuf() = default;
   /// Transparent.
   static Pixbuf make(int width, int height);
+  /// Takes over the caller's reference; null makes an empty one.
+  static Pixbuf adopt(_GdkPixbuf* pixbuf);
   Pixbuf(Pixbuf&& other) noexcept;
   Pixbuf& operator=(Pixbuf&& other) noexcept;
   ~Pixbuf();
 
   explicit operator bool() const { return pixbuf_ != nullptr; }
+  /// Still this one's; null when empty.
+  _GdkPixbuf* get() const { return pixbuf_; }
   /// Sets one pixel to 0xRRGGBBAA.
   void set(int x, int y, std::uint32_t rgba);
   /// Draws the whole of `other`, scaled, over the whole of this one.

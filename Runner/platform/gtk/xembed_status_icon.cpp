@@ -1,0 +1,55 @@
+#include "platform/gtk/xembed_status_icon.h"
+
+#include <utility>
+
+#include <gtk/gtk.h>
+
+namespace norvane {
+namespace {
+
+constexpr int kIconSide = 22;
+
+/// Without this the toolkit paints no symbol in the panel's colour.
+GObjectPtr<GIcon> iconOf(const std::string& templateIcon) {
+  if (templateIcon.starts_with('/')) {
+    const GObjectPtr<GFile> file(g_file_new_for_path(templateIcon.c_str()));
+    return GObjectPtr<GIcon>(g_file_icon_new(file.get()));
+  }
+  return GObjectPtr<GIcon>(g_themed_icon_new(templateIcon.c_str()));
+}
+
+}  // namespace
+
+// Deprecated without a successor; the panels that know nothing else are still around.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
+
+XembedStatusIcon::XembedStatusIcon(const StatusItemContent& content,
+                                   std::function<void(unsigned time)> clicked)
+    : clicked_(std::move(clicked)), icon_(gtk_status_icon_new()) {
+  const auto activated = +[](GtkStatusIcon*, gpointer self) {
+    const auto action = static_cast<XembedStatusIcon*>(self)->clicked_;  // it may go meanwhile
+    action(gtk_get_current_event_time());
+  };
+  g_signal_connect(icon_.get(), "activate", G_CALLBACK(activated), this);
+  show(content);
+}
+
+XembedStatusIcon::~XembedStatusIcon() {
+  g_signal_handlers_disconnect_by_data(icon_.get(), this);
+  gtk_status_icon_set_visible(icon_.get(), FALSE);
+}
+
+void XembedStatusIcon::show(const StatusItemContent& content) {
+  if (const std::string icon = content.templateIcon(); !icon.empty()) {
+    gtk_status_icon_set_from_gicon(icon_.get(), iconOf(icon).get());
+  } else if (const Pixbuf pixels = content.pixels(kIconSide)) {
+    gtk_status_icon_set_from_pixbuf(icon_.get(), pixels.get());
+  }
+  gtk_status_icon_set_title(icon_.get(), content.name().c_str());
+  gtk_status_icon_set_tooltip_text(icon_.get(), content.toolTip.c_str());
+}
+
+#pragma GCC diagnostic pop
+
+}  // namespace norvane

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <functional>
+
+#include "platform/gtk/glib_handles.h"
+#include "platform/gtk/status_item_content.h"
+
+struct _GtkStatusIcon;
+
+namespace norvane {
+
+/// A status item as a window that the panel takes in, for panels without a watcher on the bus. Seen
+/// only while there is such a panel. Main thread.
+class XembedStatusIcon {
+ public:
+  /// `clicked` is called at each plain click with the time of the event, and may destroy this.
+  XembedStatusIcon(const StatusItemContent& content, std::function<void(unsigned time)> clicked);
+  XembedStatusIcon(const XembedStatusIcon&) = delete;
+  ~XembedStatusIcon();
+
+  void show(const StatusItemContent& content);
+
+ private:
+  std::function<void(unsigned)> clicked_;
+  GObjectPtr<_GtkStatusIcon> icon_;
+};
+
+}  // namespace norvane

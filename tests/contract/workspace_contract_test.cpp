@@ -1,0 +1,201 @@
+// Which application is in front, and which run.
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+
+#include <gtk/gtk.h>
+
+#include "other_program.h"
+#include "platform/gtk/event_time.h"
+#include "platform/gtk/glib_handles.h"
+#include "platform/gtk/x11_workspace.h"
+#include "platform/headless/headless_platform.h"
+#include "platform/linux/glib_dispatch.h"
+#include "platform/linux/stderr_log.h"
+#include "real_desktop.h"
+
+namespace norvane {
+namespace {
+
+constexpr const char* kOwn = "cn.kestrio.norvane";
+constexpr const char* kAskedFor = "com.1password.1password";
+using Application = Profile::Application;
+
+class HeadlessSession {
+ public:
+  HeadlessSession() { platform_.setProfile(Profile{.applications = {}}); }
+  NSWorkspace& workspace() { return platform_.desktop; }
+  void open(Application application) {
+    application.active = true;
+    platform_.desktop.launchApplication(application);
+  }
+  void openOwn() { platform_.desktop.activateIgnoringOtherApps(); }
+
+ private:
+  GlibDispatch dispatch_;
+  StderrLog log_;
+  HeadlessPlatform platform_{{}, std::getenv("HOME"), dispatch_, log_, [] {}};
+};
+
+constexpr const char* kOtherApplication = R"(
+import sys, gi
+gi.require_version("Gdk", "3.0")
+gi.require_version("Gtk", "3.0")
+from gi.repository import Gdk, GdkPixbuf, Gtk
+Gdk.set_program_class(sys.argv[1])
+icon = GdkPixbuf.Pixbuf.new(GdkPixbuf.Colorspace.RGB, True, 8, 2, 2)
+icon.fill(0xFF0000FF)
+window = Gtk.Window(icon=icon)
+window.show()
+Gtk.main())";
+
+struct Killer {
+  void operator()(GSubprocess* process) const {
+    g_subprocess_force_exit(process);
+    g_subprocess_wait(process, nullptr, nullptr);
+    g_object_unref(process);
+  }
+};
+using OtherProcess = std::unique_ptr<GSubprocess, Killer>;
+using OwnWindow = std::unique_ptr<GtkWidget, GlibDeleter<gtk_widget_destroy>>;
+
+OwnWindow ownWindow(bool isPanel) {
+  OwnWindow window(gtk_window_new(GTK_WINDOW_TOPLEVEL));
+  gtk_window_set_skip_taskbar_hint(GTK_WINDOW(window.get()), isPanel);
+  gtk_widget_show(window.get());
+  gtk_window_present(GTK_WINDOW(window.get()));
+  return window;
+}
+
+class RealSession {
+ public:
+  RealSession() {
+    EventTime().last();  // from now on changes of the root window's properties turn the main loop
+    // The windows of the test before this may not be gone yet.
+    EXPECT_TRUE(await([&] { return !workspace_.frontmostApplication(); }));
+  }
+  NSWorkspace& workspace() { return workspace_; }
+
+  void open(const Application& application) {
+    const auto& id = application.bundleIdentifier;
+    if (id) {
+      const std::filesystem::path data = std::getenv("XDG_DATA_HOME");
+      std::filesystem::create_directories(data / "applications");
+      std::ofstream(data / "applications" / (*id + ".desktop"))
+          << "[Desktop Entry]\nType=Application\nExec=true\nIcon=accessories-calculator\n"
+          << "StartupWMClass=Class\nName=" << *application.name;
+    }
+    programs_.emplace_back(g_subprocess_new(G_SUBPROCESS_FLAGS_NONE, nullptr, "/usr/bin/python3",
+                                            "-c", kOtherApplication,
+                                            id ? "Class" : application.name->c_str(), nullptr));
+    awaitInFront(*application.name);
+  }
+  void openOwn() {
+    own_ = ownWindow(false);
+    awaitInFront("Norvane");
+  }
+
+ private:
+  void awaitInFront(const std::string& name) {
+    EXPECT_TRUE(await([&] {
+      const auto front = workspace_.frontmostApplication();
+      return front && front->localizedName == name;
+    })) << name;
+  }
+  X11Workspace workspace_{kOwn};
+  std::vector<OtherProcess> programs_;
+  OwnWindow own_;
+};
+
+/// The colour in the middle of the icon as it reaches the UI.
+std::uint32_t middleOf(const NSRunningApplication& application) {
+  const auto bitmap = HeadlessGraphics(LiveProfile({})).makeBitmapImageRep(64);
+  EXPECT_TRUE(application.icon && bitmap->draw(*application.icon));
+  const auto png = bitmap->pngRepresentation().value();
+  const GObjectPtr<GInputStream> file(
+      g_memory_input_stream_new_from_data(png.data(), static_cast<gssize>(png.size()), nullptr));
+  const GObjectPtr<GdkPixbuf> icon(gdk_pixbuf_new_from_stream(file.get(), nullptr, nullptr));
+  EXPECT_TRUE(gdk_pixbuf_get_width(icon.get()) == 64 && gdk_pixbuf_get_height(icon.get()) == 64);
+  const guchar* rgba = gdk_pixbuf_read_pixels(icon.get()) + (32 * 64 + 32) * 4;
+  return rgba[0] << 24U | rgba[1] << 16U | rgba[2] << 8U | rgba[3];
+}
+
+bool runs(const NSWorkspace& workspace, const std::string& identifier) {
+  const auto running = workspace.runningApplications();
+  return std::ranges::count(running, identifier, &NSRunningApplication::bundleIdentifier) == 1;
+}
+
+template <class Session>
+class WorkspaceContract : public testing::Test {};
+using Sessions = testing::Types<HeadlessSession, RealSession>;
+TYPED_TEST_SUITE(WorkspaceContract, Sessions);
+
+TYPED_TEST(WorkspaceContract, TellsWhatIsKnownOfTheApplicationInFront) {
+  TypeParam session;
+  const NSWorkspace& workspace = session.workspace();
+  EXPECT_FALSE(workspace.frontmostApplication());
+  session.open({.bundleIdentifier = "org.example.editor", .name = "Editor", .icon = true});
+  auto front = workspace.frontmostApplication().value();
+  EXPECT_EQ(front.bundleIdentifier, "org.example.editor");
+  EXPECT_EQ(front.localizedName, "Editor");
+  EXPECT_EQ(middleOf(front) & 0xFF, 0xFFU) << "nothing was painted";
+  session.open({.name = "Tool"});
+  front = workspace.frontmostApplication().value();
+  EXPECT_EQ(front.bundleIdentifier, std::nullopt);
+  EXPECT_EQ(front.localizedName, "Tool");
+  session.openOwn();
+  front = workspace.frontmostApplication().value();
+  EXPECT_EQ(front.bundleIdentifier, kOwn);
+  EXPECT_EQ(front.localizedName, "Norvane");
+  EXPECT_TRUE(runs(workspace, "org.example.editor") && runs(workspace, kOwn));
+  EXPECT_FALSE(runs(workspace, kAskedFor));
+}
+
+/// The window that the window manager names in a property of the root window's.
+std::string claim(const char* property) {
+  const auto text = outputOf({"xprop", "-root", property}).value_or("");
+  return text.substr(std::min(text.find("0x"), text.size()));
+}
+
+void setClaim(const char* property, const std::string& window) {
+  outputOf({"xprop", "-root", "-f", property, "32x", "-set", property, window.c_str()});
+}
+
+TEST(RealWorkspace, LooksBelowItsPanelAndWorksWithoutAWindowManager) {
+  RealSession session;
+  const auto isBrowserInFront = [&] {
+    const auto front = session.workspace().frontmostApplication();
+    return front && front->localizedName == "Browser" &&
+           middleOf(*front) == 0xFF0000FF;  // the window's own icon
+  };
+  session.open({.name = "Browser"});
+  const std::string browser = claim("_NET_ACTIVE_WINDOW");
+  auto panel = ownWindow(true);
+  EXPECT_TRUE(await([&] { return claim("_NET_ACTIVE_WINDOW") != browser; }));
+  EXPECT_TRUE(isBrowserInFront());
+  panel.reset();
+  EXPECT_TRUE(await([&] { return claim("_NET_ACTIVE_WINDOW") == browser; }));
+  // A window may vanish between two looks at it.
+  setClaim("_NET_ACTIVE_WINDOW", "0x7ffffff");
+  EXPECT_FALSE(session.workspace().frontmostApplication());
+  // A window manager that died leaves its claims behind.
+  const std::string manager = claim("_NET_SUPPORTING_WM_CHECK");
+  setClaim("_NET_SUPPORTING_WM_CHECK", "0x7ffffff");
+  EXPECT_TRUE(isBrowserInFront());
+  setClaim("_NET_SUPPORTING_WM_CHECK", manager);
+}
+
+TEST(RealWorkspace, FindsAProgramWithoutAWindowThatTheHostAsksFor) {
+  const X11Workspace workspace(kOwn);
+  const std::string program = std::string(std::getenv("HOME")) + "/1password";
+  std::filesystem::copy_file("/bin/sleep", program);
+  OtherProcess process(
+      g_subprocess_new(G_SUBPROCESS_FLAGS_NONE, nullptr, program.c_str(), "60", nullptr));
+  EXPECT_TRUE(runs(workspace, kAskedFor));
+  process.reset();
+  EXPECT_FALSE(runs(workspace, kAskedFor));
+}
+
+}  // namespace
+}  // namespace norvane
