@@ -151,6 +151,9 @@ class SecretServiceKeychain::Session {
   ~Session() {
     service_.reset();
     g_source_destroy(timer_.get());
+    // What the service's objects leave for later is freed in the context that they were made in.
+    while (g_main_context_iteration(context_.get(), FALSE)) {
+    }
     g_main_context_pop_thread_default(context_.get());
   }
   Session(const Session&) = delete;
