@@ -12,8 +12,11 @@ namespace norvane {
 // Result codes of the keychain.
 inline constexpr OSStatus errSecSuccess = 0;
 inline constexpr OSStatus errSecIO = -36;
+inline constexpr OSStatus errSecNotAvailable = -25291;  ///< there is no keychain
 inline constexpr OSStatus errSecDuplicateItem = -25299;
 inline constexpr OSStatus errSecItemNotFound = -25300;
+/// The keychain is locked, or did not answer in time.
+inline constexpr OSStatus errSecInteractionNotAllowed = -25308;
 
 inline constexpr const char* kSecAttrAccessibleAfterFirstUnlockThisDeviceOnly =
     "kSecAttrAccessibleAfterFirstUnlockThisDeviceOnly";

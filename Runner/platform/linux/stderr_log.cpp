@@ -1,55 +1,15 @@
 #include "platform/linux/stderr_log.h"
 
-#include <string>
-
 #include <unistd.h>
 
 #include "platform/linux/atomic_file.h"
+#include "platform/linux/log_line.h"
 
 namespace norvane {
-namespace {
-
-/// Control characters as escapes, C1 and the Unicode line separators among them, so that no record
-/// can pass for two or move a terminal's cursor.
-std::string escaped(std::string_view text) {
-  static constexpr char kHex[] = "0123456789abcdef";
-  std::string line;
-  line.reserve(text.size() + 1);
-  const auto escape = [&](unsigned char byte) {
-    line += "\\x";
-    line += kHex[byte >> 4];
-    line += kHex[byte & 15];
-  };
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const auto byte = static_cast<unsigned char>(text[i]);
-    const auto following = text.substr(i, 3);
-    if (byte == '\n') {
-      line += "\\n";
-    } else if (byte == '\r') {
-      line += "\\r";
-    } else if (byte == '\t') {
-      line += "\\t";
-    } else if (byte < 0x20 || byte == 0x7F) {
-      escape(byte);
-    } else if (byte == 0xC2 && following.size() > 1 &&
-               static_cast<unsigned char>(following[1]) < 0xA0) {
-      escape(byte);
-      escape(static_cast<unsigned char>(text[++i]));
-    } else if (following == "\u2028" || following == "\u2029") {
-      line += following == "\u2028" ? "\\u2028" : "\\u2029";
-      i += 2;
-    } else {
-      line += text[i];
-    }
-  }
-  return line;
-}
-
-}  // namespace
 
 void StderrLog::write(std::string_view text) {
   // Nothing can be done about a log that cannot be written.
-  (void)writeAll(STDERR_FILENO, escaped(text) + '\n');
+  (void)writeAll(STDERR_FILENO, escapedLogLine(text) + '\n');
 }
 
 }  // namespace norvane
