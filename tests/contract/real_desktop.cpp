@@ -3,7 +3,6 @@
 #include <stdexcept>
 
 #include <X11/extensions/XTest.h>
-#include <gtest/gtest.h>
 #include <gtk/gtk.h>
 
 namespace norvane {

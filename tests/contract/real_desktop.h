@@ -3,7 +3,9 @@
 #include <functional>
 #include <initializer_list>
 
-#include <X11/Xlib.h>
+#include <gtest/gtest.h>  // ahead of Xlib, whose macros it cannot bear
+
+struct _XDisplay;
 
 namespace norvane {
 
@@ -19,7 +21,7 @@ class OtherClient {
   ~OtherClient();
   OtherClient(const OtherClient&) = delete;
 
-  Display* display() const { return display_; }
+  _XDisplay* display() const { return display_; }
   /// Holds the modifier keys down, presses and releases the key, then lets them go. X key codes of
   /// an evdev keyboard.
   void press(unsigned keyCode, std::initializer_list<unsigned> modifierKeys = {});
@@ -28,7 +30,7 @@ class OtherClient {
   void click(int x, int y);
 
  private:
-  Display* display_;
+  _XDisplay* display_;
 };
 
 }  // namespace norvane
