@@ -164,10 +164,10 @@ OSStatus GlobalShortcutsPortal::RegisterEventHotKey(std::uint32_t keyCode, std::
   if (trigger.empty()) return paramErr;
   if (*hasGivenUp_) return eventInternalErr;
   endSession();  // one that the person did not decide about in time
-  const auto bus = sessionBus();
-  if (!bus) NSLog("[Norvane] no global hotkey: there is no session bus to ask the desktop on");
+  bus_ = sessionBus();
+  if (!bus_) NSLog("[Norvane] no global hotkey: there is no session bus to ask the desktop on");
   id_ = id;
-  const OSStatus status = bus ? bind(bus.get(), trigger) : eventInternalErr;
+  const OSStatus status = bus_ ? bind(trigger) : eventInternalErr;
   if (status == noErr) {
     isHeld_ = true;
     hotKeyRef = kHotKeyRef;
@@ -178,7 +178,8 @@ OSStatus GlobalShortcutsPortal::RegisterEventHotKey(std::uint32_t keyCode, std::
   return status;
 }
 
-OSStatus GlobalShortcutsPortal::bind(GDBusConnection* bus, const std::string& trigger) {
+OSStatus GlobalShortcutsPortal::bind(const std::string& trigger) {
+  GDBusConnection* bus = bus_.get();
   const auto deadline = Clock::now() + kPatience;
   // Portals that know this call do not find out by themselves whose request it is; to the others it
   // means nothing.
@@ -198,7 +199,7 @@ OSStatus GlobalShortcutsPortal::bind(GDBusConnection* bus, const std::string& tr
     return eventInternalErr;
   }
   session_ = session;
-  listen(bus);
+  listen();
 
   auto arguments = builder("(oa(sa{sv})sa{sv})");
   g_variant_builder_add(&arguments, "o", session_.c_str());
@@ -231,7 +232,7 @@ OSStatus GlobalShortcutsPortal::bind(GDBusConnection* bus, const std::string& tr
   return noErr;
 }
 
-void GlobalShortcutsPortal::listen(GDBusConnection* bus) {
+void GlobalShortcutsPortal::listen() {
   const auto activated = [](GDBusConnection*, const char*, const char*, const char*, const char*,
                             GVariant* parameters, gpointer data) {
     auto* self = static_cast<GlobalShortcutsPortal*>(data);
@@ -249,11 +250,12 @@ void GlobalShortcutsPortal::listen(GDBusConnection* bus) {
     static_cast<GlobalShortcutsPortal*>(data)->session_.clear();
   };
   subscriptions_ = {
-      g_dbus_connection_signal_subscribe(bus, kPortal, kShortcuts, "Activated", kPath, nullptr,
-                                         G_DBUS_SIGNAL_FLAGS_NONE, activated, this, nullptr),
-      g_dbus_connection_signal_subscribe(bus, kPortal, "org.freedesktop.portal.Session", "Closed",
-                                         session_.c_str(), nullptr, G_DBUS_SIGNAL_FLAGS_NONE,
-                                         closed, this, nullptr)};
+      g_dbus_connection_signal_subscribe(bus_.get(), kPortal, kShortcuts, "Activated", kPath,
+                                         nullptr, G_DBUS_SIGNAL_FLAGS_NONE, activated, this,
+                                         nullptr),
+      g_dbus_connection_signal_subscribe(bus_.get(), kPortal, "org.freedesktop.portal.Session",
+                                         "Closed", session_.c_str(), nullptr,
+                                         G_DBUS_SIGNAL_FLAGS_NONE, closed, this, nullptr)};
 }
 
 OSStatus GlobalShortcutsPortal::UnregisterEventHotKey(EventHotKeyRef /*hotKeyRef*/) {
@@ -263,13 +265,11 @@ OSStatus GlobalShortcutsPortal::UnregisterEventHotKey(EventHotKeyRef /*hotKeyRef
 }
 
 void GlobalShortcutsPortal::endSession() {
-  const auto bus = sessionBus();
-  if (!bus) return;
   for (const unsigned subscription : std::exchange(subscriptions_, {})) {
-    g_dbus_connection_signal_unsubscribe(bus.get(), subscription);
+    g_dbus_connection_signal_unsubscribe(bus_.get(), subscription);
   }
   if (session_.empty()) return;
-  g_dbus_connection_call(bus.get(), kPortal, session_.c_str(), "org.freedesktop.portal.Session",
+  g_dbus_connection_call(bus_.get(), kPortal, session_.c_str(), "org.freedesktop.portal.Session",
                          "Close", nullptr, nullptr, G_DBUS_CALL_FLAGS_NO_AUTO_START, -1, nullptr,
                          nullptr, nullptr);
   session_.clear();

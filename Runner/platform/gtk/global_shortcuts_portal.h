@@ -4,11 +4,11 @@
 #include <string>
 #include <vector>
 
-#include "platform/gtk/event_time.h"
-#include "platform/gtk/hot_key_handler.h"
+#include <gio/gio.h>
 
-struct _GDBusConnection;
-struct _GVariant;
+#include "platform/gtk/event_time.h"
+#include "platform/gtk/glib_handles.h"
+#include "platform/gtk/hot_key_handler.h"
 
 namespace norvane {
 
@@ -37,13 +37,14 @@ class GlobalShortcutsPortal : public CarbonEventManager {
   OSStatus UnregisterEventHotKey(EventHotKeyRef hotKeyRef) override;
 
  private:
-  OSStatus bind(_GDBusConnection* bus, const std::string& trigger);
-  void listen(_GDBusConnection* bus);
+  OSStatus bind(const std::string& trigger);
+  void listen();
   void endSession();
 
   EventTime& eventTime_;
   Dispatch& dispatch_;
   HotKeyHandler handler_;
+  GObjectPtr<GDBusConnection> bus_;
   std::vector<unsigned> subscriptions_;
   std::string session_;  ///< the portal's path of it; empty without one
   EventHotKeyID id_;

@@ -46,11 +46,11 @@ class IdleTime::BusSource {
 
   std::optional<double> ask() {
     constexpr int kPatience = 250;  // milliseconds
-    const auto bus = hangs_ ? nullptr : sessionBus();
-    if (!bus) return std::nullopt;
+    if (!bus_) bus_ = sessionBus();
+    if (hangs_ || !bus_) return std::nullopt;
     GError* error = nullptr;
     const GVariantPtr reply(
-        g_dbus_connection_call_sync(bus.get(), name_, path_, name_, method_, nullptr, nullptr,
+        g_dbus_connection_call_sync(bus_.get(), name_, path_, name_, method_, nullptr, nullptr,
                                     G_DBUS_CALL_FLAGS_NO_AUTO_START, kPatience, nullptr, &error));
     const GErrorPtr failure(error);
     if (!reply) {
@@ -73,6 +73,7 @@ class IdleTime::BusSource {
   }
 
  private:
+  GObjectPtr<GDBusConnection> bus_;
   const char* name_;
   const char* path_;
   const char* method_;
@@ -85,23 +86,22 @@ IdleTime::IdleTime()
     : filter_([this](const XEvent& event) {
         if (isInput(event)) lastSeen_ = Clock::now();
         return false;
-      }) {
-  busSources_.push_back(std::make_unique<BusSource>(
-      "org.gnome.Mutter.IdleMonitor", "/org/gnome/Mutter/IdleMonitor/Core", "GetIdletime", 1000));
-  busSources_.push_back(std::make_unique<BusSource>(
-      "org.freedesktop.ScreenSaver", "/org/freedesktop/ScreenSaver", "GetSessionIdleTime", 1));
+      }),
+      idleMonitor_(std::make_unique<BusSource>("org.gnome.Mutter.IdleMonitor",
+                                               "/org/gnome/Mutter/IdleMonitor/Core", "GetIdletime",
+                                               1000)),
+      screenSaver_(std::make_unique<BusSource>(
+          "org.freedesktop.ScreenSaver", "/org/freedesktop/ScreenSaver", "GetSessionIdleTime", 1)) {
 }
 
 IdleTime::~IdleTime() = default;
 
 double IdleTime::secondsSinceLastEventType(CGEventType /*type*/) const {
   if (const auto idle = idleOfServer()) return *idle;
+  if (const auto idle = idleMonitor_->ask()) return *idle;
   const double atMost = Seconds(Clock::now() - lastSeen_).count();
-  for (const auto& source : busSources_) {
-    // Not every desktop counts in the unit that it should; none is idle for longer than this.
-    if (const auto idle = source->ask()) return std::min(*idle, atMost);
-  }
-  return atMost;
+  // Some screen savers count in another unit than they should; none is idle for longer than this.
+  return std::min(screenSaver_->ask().value_or(atMost), atMost);
 }
 
 }  // namespace norvane

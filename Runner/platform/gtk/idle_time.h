@@ -2,7 +2,6 @@
 
 #include <chrono>
 #include <memory>
-#include <vector>
 
 #include "platform/cg_event_source.h"
 #include "platform/gtk/x11_event_filter.h"
@@ -31,7 +30,8 @@ class IdleTime : public CGEventSource {
 
   Clock::time_point lastSeen_ = Clock::now();
   X11EventFilter filter_;
-  std::vector<std::unique_ptr<BusSource>> busSources_;
+  std::unique_ptr<BusSource> idleMonitor_;
+  std::unique_ptr<BusSource> screenSaver_;
 };
 
 }  // namespace norvane

@@ -9,8 +9,8 @@ namespace norvane {
 /// Whether the person's session is a Wayland one: an X server there sees only part of the input.
 bool isWaylandSession();
 
-/// The session's message bus, which everybody in this process shares; null without one. Losing it
-/// does not end the process.
+/// The connection to the session's message bus that this process shares, for as long as somebody
+/// holds it; null without a bus. Losing it does not end the process.
 GObjectPtr<GDBusConnection> sessionBus();
 
 }  // namespace norvane
