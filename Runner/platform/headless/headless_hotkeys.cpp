@@ -3,30 +3,14 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/hot_key_press.h"
+
 namespace norvane {
 namespace {
 
 // There is one handler and one hotkey at a time; any number names them.
 constexpr EventHandlerRef kHandlerRef = 1;
 constexpr EventHotKeyRef kHotKeyRef = 1;
-constexpr OSStatus eventParameterNotFoundErr = -9870;
-constexpr OSStatus eventHotKeyInvalidErr = -9879;
-
-class HotKeyPress : public CarbonEvent {
- public:
-  explicit HotKeyPress(const EventHotKeyID& id) : id_(id) {}
-  OSStatus GetEventParameter(std::uint32_t name, std::uint32_t type,
-                             EventHotKeyID& value) const override {
-    if (name != kEventParamDirectObject || type != typeEventHotKeyID) {
-      return eventParameterNotFoundErr;
-    }
-    value = id_;
-    return noErr;
-  }
-
- private:
-  EventHotKeyID id_;
-};
 
 }  // namespace
 

@@ -1,0 +1,14 @@
+#include "platform/gtk/hotkeys.h"
+
+#include "platform/gtk/global_shortcuts_portal.h"
+#include "platform/gtk/session.h"
+#include "platform/gtk/x11_hotkeys.h"
+
+namespace norvane {
+
+std::unique_ptr<CarbonEventManager> makeHotkeys(EventTime& eventTime, Dispatch& dispatch) {
+  if (isWaylandSession()) return std::make_unique<GlobalShortcutsPortal>(eventTime, dispatch);
+  return std::make_unique<X11Hotkeys>(eventTime, dispatch);
+}
+
+}  // namespace norvane

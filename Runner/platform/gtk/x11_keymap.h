@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstdint>
+#include <initializer_list>
+#include <memory>
+#include <string_view>
+
+struct _XkbDesc;
+
+namespace norvane {
+
+/// The keyboard's map as the X server has it when this is made; empty when the server does not
+/// tell.
+class X11Keymap {
+ public:
+  X11Keymap();
+
+  /// The X key code of the key at a place; 0 when this keyboard has none there.
+  unsigned keyCodeAt(std::string_view place) const;
+  /// The modifier bits that the keys with one of these symbols set; 0 when there is no such key.
+  unsigned modifiersOf(std::initializer_list<unsigned long> symbols) const;
+  /// Layouts, called groups, are counted from 0.
+  int groupCount() const;
+  /// Whether that layout has the Latin letters, but for the few that some Latin layouts leave out.
+  bool isLatin(int group) const;
+
+ private:
+  struct Deleter {
+    void operator()(_XkbDesc* map) const;
+  };
+  std::unique_ptr<_XkbDesc, Deleter> map_;
+};
+
+}  // namespace norvane
