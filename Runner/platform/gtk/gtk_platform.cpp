@@ -2,8 +2,7 @@
 
 #include <utility>
 
-#include "platform/gtk/global_shortcuts_portal.h"
-#include "platform/gtk/x11_hotkeys.h"
+#include "platform/gtk/hotkeys.h"
 
 namespace norvane {
 namespace {
@@ -15,10 +14,6 @@ DatabaseCredentialStore::Conduct conductWhen(bool isEnabled) {
   return {.state = {.isEnabled = isEnabled, .supportsIncrementalUpdates = true},
           .success = true,
           .error = {}};
-}
-
-std::unique_ptr<CarbonEventManager> makeHotkeys(EventTime& eventTime, Dispatch& dispatch) {
-  return std::make_unique<X11Hotkeys>(eventTime, dispatch);
 }
 
 }  // namespace
