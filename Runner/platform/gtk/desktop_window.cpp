@@ -53,7 +53,6 @@ struct DesktopWindow::Signals {
     return FALSE;
   }
   static gboolean buttonPress(GtkWidget* widget, GdkEventButton* event, DesktopWindow* self) {
-    self->desktop_.eventTime_.set(event->time);
     if (!self->appearance_.movableByWindowBackground) return FALSE;
     gtk_window_begin_move_drag(GTK_WINDOW(widget), static_cast<int>(event->button),
                                static_cast<int>(event->x_root), static_cast<int>(event->y_root),

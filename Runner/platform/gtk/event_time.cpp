@@ -18,6 +18,12 @@ std::uint32_t serverTime() {
 
 void EventTime::happened() { last_ = serverTime(); }
 
-std::uint32_t EventTime::last() const { return last_ != 0 ? last_ : serverTime(); }
+std::uint32_t EventTime::last() const {
+  const std::uint32_t inWindows = gdk_x11_display_get_user_time(gdk_display_get_default());
+  // The clock wraps round every seven weeks.
+  const bool isLater = static_cast<std::int32_t>(inWindows - last_) > 0;
+  const std::uint32_t later = last_ == 0 || (inWindows != 0 && isLater) ? inWindows : last_;
+  return later != 0 ? later : serverTime();
+}
 
 }  // namespace norvane

@@ -4,14 +4,15 @@
 
 namespace norvane {
 
-/// The X server time of the person's last event that this application was given: a hotkey, a click,
-/// an activation. Window managers ask for it before they hand a window the keyboard. Main thread.
+/// The X server time, in milliseconds, of the person's last event that this application was given.
+/// Window managers ask for it before they hand a window the keyboard. The toolkit keeps that of
+/// events in the windows; what comes another way (a hotkey, an activation) is told. Main thread.
 class EventTime {
  public:
   void set(std::uint32_t time) { last_ = time; }
   /// One has just happened that came without a time.
   void happened();
-  /// Milliseconds; the server's own time when there was no event yet.
+  /// The server's own time when there was no event yet.
   std::uint32_t last() const;
 
  private:

@@ -111,10 +111,12 @@ void GtkDesktop::updateKeyWindow() {
   dispatch_.mainAsync([this, weakWindow = before->owner().weak_from_this()] {
     const auto resigned = weakWindow.lock();
     // One that has the keyboard again by now has nothing to hear.
-    if (resigned && (!keyWindow_ || &keyWindow_->owner() != resigned.get())) {
-      resigned->didResignKey();
-    }
+    if (resigned && !isKey(*resigned)) resigned->didResignKey();
   });
+}
+
+bool GtkDesktop::isKey(const NSWindow& window) const {
+  return keyWindow_ && &keyWindow_->owner() == &window;
 }
 
 std::unique_ptr<NativeWindow> GtkDesktop::makeWindow(NSWindow& window, const NSRect& contentRect,

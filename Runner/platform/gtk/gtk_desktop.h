@@ -32,6 +32,8 @@ class GtkDesktop : public WindowServer, public NSScreens, public NSProcessInfo {
   void openURL(const std::string& url);
   /// The person starts the application that runs already.
   void reopen();
+  /// Whether the keyboard speaks to `window`.
+  bool isKey(const NSWindow& window) const;
 
   // The host's side
 

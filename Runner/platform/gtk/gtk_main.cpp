@@ -41,6 +41,18 @@ void quitOnSignals(GlibDispatch& dispatch) {
   }
 }
 
+/// Looks at the other applications once when there is nothing else to do, so that the first hotkey
+/// need not wait for icon themes to load.
+void warmUpWhenIdle(X11Workspace& workspace) {
+  g_idle_add_full(
+      G_PRIORITY_LOW,
+      [](gpointer data) -> gboolean {
+        static_cast<X11Workspace*>(data)->warmUp();
+        return G_SOURCE_REMOVE;
+      },
+      &workspace, nullptr);
+}
+
 /// The person speaks to the real desktop, not to its console.
 void refuseDesktopEvent(const std::string& event, JsonDocument&, JsonWriter&) {
   throw JsonError("the real desktop takes no event \"" + event + "\" from the console");
@@ -56,6 +68,7 @@ int runGtk(const CommandLine& commandLine, const MainInterface& mainInterface) {
   std::signal(SIGPIPE, SIG_IGN);  // a reader that goes away is an error of the write
   g_set_prgname(kApplicationId);  // by which desktops find the application's entry
   gdk_set_allowed_backends("x11");
+  gdk_set_program_class(kApplicationId);
   if (!gtk_init_check(nullptr, nullptr)) {
     return refuse(kExitNoDesktop,
                   "the display cannot be used; --platform headless runs without one");
@@ -98,6 +111,7 @@ int runGtk(const CommandLine& commandLine, const MainInterface& mainInterface) {
     dispatch.mainAsync([&host, link] { host->desktop.openURL(link); });
   }
   if (console) console->start();
+  warmUpWhenIdle(host->workspace);
   dispatch.run();
   return 0;
 }
