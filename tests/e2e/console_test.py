@@ -21,8 +21,9 @@ LOADED = "[Norvane] loaded Rust library at: "
 
 class ConsoleTest(HostTest):
     def run_host(self, *options, executable=EXECUTABLE, text=""):
-        return subprocess.run([executable, *options], input=text, capture_output=True, check=False,
-                              encoding="utf-8", env=environment(), timeout=TIMEOUT)
+        return subprocess.run([executable, "--platform", "headless", *options], input=text,
+                              capture_output=True, check=False, encoding="utf-8",
+                              env=environment(), timeout=TIMEOUT)
 
     def assert_refused(self, status, *options):
         ended = self.run_host(*options)
@@ -73,12 +74,13 @@ class Lines(ConsoleTest):
         os.close(reader)
         for descriptor in (output, silence, writer):
             self.addCleanup(os.close, descriptor)
-        subprocess.run([EXECUTABLE, "--data-dir", self.data], stdin=silence, stdout=output,
+        subprocess.run([EXECUTABLE, "--platform", "headless", "--data-dir", self.data],
+                       stdin=silence, stdout=output,
                        stderr=subprocess.DEVNULL, timeout=TIMEOUT, check=True)
 
     def test_a_standard_stream_that_is_closed_is_no_file_of_the_host(self):
         for closed in ("<&-", ">&-", "<&- >&- 2>&-"):
-            script = f'exec "$0" --data-dir "$1" {closed}'
+            script = f'exec "$0" --platform headless --data-dir "$1" {closed}'
             subprocess.run(["sh", "-c", script, EXECUTABLE, self.data], check=True,
                            stdin=subprocess.DEVNULL, capture_output=True, timeout=TIMEOUT)
             self.assertIs(json.loads(read(self.defaults))["NorvaneDidSetInitialFrameV4"], True)

@@ -89,7 +89,8 @@ TEST_F(ServicesTest, EachKindOfInputEndsTheIdleTime) {
     while (idle() <= before) continue;  // the clock moves on
     const auto at = Clock::now();
     host().eventSource.input(type);
-    EXPECT_LE(idle(), secondsSince(at)) << "type " << type;
+    const double after = idle();
+    EXPECT_LE(after, secondsSince(at)) << "type " << type;
   }
   const double before = idle();
   host().eventSource.input(11);  // a key released
