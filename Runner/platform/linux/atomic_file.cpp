@@ -38,6 +38,13 @@ int sync(const FileDescriptor& file) {
   throw std::system_error(error, path);
 }
 
+/// A file that was renamed or removed is so for good only once its directory is.
+void syncDirectoryOf(const std::string& path) {
+  const FileDescriptor directory = openFile(std::filesystem::path(path).parent_path().c_str(),
+                                            O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (!directory || sync(directory) != 0) fail(path, lastError());
+}
+
 }  // namespace
 
 std::error_code writeAll(int fd, std::string_view content) {
@@ -71,10 +78,16 @@ void writeFileAtomically(const std::string& path, std::span<const std::byte> con
     fail(path, error);
   }
 
-  // The rename is only durable once the directory is.
-  const FileDescriptor directory =
-      openFile(target.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (!directory || sync(directory) != 0) fail(path, lastError());
+  syncDirectoryOf(path);
+}
+
+bool removeFile(const std::string& path) {
+  if (::unlink(path.c_str()) != 0) {
+    if (errno == ENOENT) return false;
+    fail(path, lastError());
+  }
+  syncDirectoryOf(path);
+  return true;
 }
 
 void sweepTemporaryFiles(const std::string& directory) {
