@@ -92,11 +92,12 @@ bool removeFile(const std::string& path) {
 
 void sweepTemporaryFiles(const std::string& directory) {
   std::error_code ignored;  // what cannot be listed or removed stays
-  for (const auto& entry : std::filesystem::directory_iterator(directory, ignored)) {
-    const std::string name = entry.path().filename().string();
+  std::filesystem::directory_iterator entry(directory, ignored);
+  for (; entry != std::filesystem::directory_iterator(); entry.increment(ignored)) {
+    const std::string name = entry->path().filename().string();
     const auto mark = name.rfind(kTemporaryMark);
     if (name.starts_with('.') && mark != std::string::npos && name.size() - mark == 11) {
-      std::filesystem::remove(entry.path(), ignored);
+      std::filesystem::remove(entry->path(), ignored);
     }
   }
 }
