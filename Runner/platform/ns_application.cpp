@@ -1,5 +1,6 @@
 #include "platform/ns_application.h"
 
+#include "platform/flutter/flutter_view_controller.h"
 #include "platform/platform.h"
 
 namespace norvane {
@@ -13,6 +14,13 @@ void NSApplication::activateIgnoringOtherApps() {
 }
 
 void NSApplication::releaseAll() {
+  // The UIs end first: windows and delegate hold calls that were never answered, and by now there
+  // is nobody to answer.
+  for (const auto& window : windows_) {
+    if (const auto& controller = window->contentViewController()) {
+      controller->engine().binaryMessenger()->engineEnded();
+    }
+  }
   windows_.clear();
   delegate_.reset();
 }

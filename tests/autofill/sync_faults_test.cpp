@@ -127,6 +127,22 @@ TEST_F(SyncFaultsTest, EachStatusOfTheKeychainReachesTheUiAndCausesNoOtherCalls)
   }
 }
 
+TEST_F(SyncFaultsTest, AKeyThatIsDamagedOnDiskIsRemovedByTheFirstSyncAndMadeAnewByTheNext) {
+  for (const Sealed& sealed : {kSnapshot, kPasskeys}) {
+    for (const char* damaged : {"", "{}\nkey", "\xff"}) {
+      expectHealthySync(sealed, "old");
+      ASSERT_EQ(host().keychain.items().size(), 1U);
+      for (const auto& entry : std::filesystem::directory_iterator(directory.path / "keychain")) {
+        std::ofstream(entry.path()) << damaged;
+      }
+      EXPECT_EQ(autoFill(sealed.method, itemNamed("1")), failure(sealed, "keychain status -36"));
+      EXPECT_EQ(extension.read(sealed), "none");
+    }
+    expectHealthySync(sealed);
+    autoFill("clearCredentials");
+  }
+}
+
 TEST_F(SyncFaultsTest, WithoutAContainerTheKeyGoesAgainAndNothingIsMade) {
   for (const Sealed& sealed : {kSnapshot, kPasskeys}) {
     expectHealthySync(sealed, "old");

@@ -75,6 +75,14 @@ class Reading(AutoFillTest):
             for name in ("passwordIdentities", "passkeyIdentities", "keychain"):
                 self.assertEqual((len(after[name]), after[name]), (1, before[name]))
 
+    def test_a_quit_amid_calls_ends_well(self):
+        for _ in range(8):  # sometimes the workers are faster
+            with self.start() as host:
+                host.send(*({"channel": AUTOFILL, "method": method} for method in self.files),
+                          {"desktop": "quit"})
+                status, _, log = host.ended()
+            self.assertEqual((status, [line for line in log if "fault" in line]), (0, []))
+
     def test_the_keychain_program_writes_nothing_but_an_item(self):
         with self.start() as host:
             self.call(host, SNAPSHOT, [])

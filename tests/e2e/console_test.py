@@ -43,6 +43,19 @@ class Lines(ConsoleTest):
                 self.assertIn(named, host.read()["error"])
             self.assertEqual(host.state(), before)
 
+    def test_a_state_that_cannot_be_read_is_an_error_until_it_can(self):
+        for name, named in [("keychain/stray/x", "directory"),
+                            ("credential-identities.sqlite", "database")]:
+            path = write(os.path.join(self.data, name), "x" * 100)
+            with self.subTest(name), self.start() as host:
+                host.settle()
+                host.send('{"id":1,"desktop":"state"}')
+                error = host.read()
+                self.assertEqual(error.pop("id"), 1)
+                self.assertIn(named, error.pop("error"))
+                shutil.rmtree(os.path.dirname(path)) if "stray" in name else os.remove(path)
+                self.assertEqual((error, host.state()["keychain"]), ({}, []))
+
     def test_settle_holds_back_later_lines_and_quit_drops_them(self):
         with self.start() as host:
             host.settle()

@@ -1,6 +1,7 @@
 #include "platform/console/console.h"
 
 #include <algorithm>
+#include <exception>
 #include <initializer_list>
 #include <optional>
 #include <utility>
@@ -117,7 +118,7 @@ void Console::takeLine(const std::string& line) {
     } else {
       sendCall(document, idJson);
     }
-  } catch (const JsonError& error) {
+  } catch (const std::exception& error) {  // what the line says is wrong, or what it asks for fails
     JsonBuffer answer;
     JsonWriter writer(answer);
     beginAnswer(writer, idJson);

@@ -56,11 +56,8 @@ OSStatus HeadlessKeychain::SecItemAdd(const KeychainQuery& item,
 }
 
 OSStatus HeadlessKeychain::SecItemDelete(const KeychainQuery& query) {
-  return answer(profile_.get(&Profile::keychain).remove, [&] {
-    const auto items = directory_.find(&query);
-    for (const auto& item : items) directory_.remove(item);
-    return items.empty() ? errSecItemNotFound : errSecSuccess;
-  });
+  return answer(profile_.get(&Profile::keychain).remove,
+                [&] { return directory_.remove(query) ? errSecSuccess : errSecItemNotFound; });
 }
 
 }  // namespace norvane

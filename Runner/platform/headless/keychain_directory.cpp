@@ -11,7 +11,6 @@
 
 #include <glib.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include "platform/linux/atomic_file.h"
 #include "platform/linux/json.h"
@@ -127,11 +126,16 @@ void KeychainDirectory::store(const Item& item) {
   writeFileAtomically(pathOf(item.name), std::as_bytes(std::span(content)));
 }
 
-void KeychainDirectory::remove(const Item& item) {
-  const std::string path = pathOf(item.name);
-  if (::unlink(path.c_str()) != 0) {
-    throw std::system_error(errno, std::generic_category(), path);
+bool KeychainDirectory::remove(const KeychainQuery& query) {
+  std::vector<std::string> paths;
+  if (query.accessGroup) {
+    paths.push_back(pathOf(query));  // also one that can no longer be read
+  } else {
+    for (const Item& item : find(&query)) paths.push_back(pathOf(item.name));
   }
+  bool removed = false;
+  for (const std::string& path : paths) removed = removeFile(path) || removed;
+  return removed;
 }
 
 }  // namespace norvane

@@ -28,7 +28,9 @@ class KeychainDirectory {
   std::vector<Item> find(const KeychainQuery* query) const;
   /// Adds the item, in place of the one with its name.
   void store(const Item& item);
-  void remove(const Item& item);
+  /// Removes the items that `query` names, unread, and for good when it returns; false when there
+  /// is none.
+  bool remove(const KeychainQuery& query);
 
  private:
   std::string pathOf(const KeychainQuery& item) const;

@@ -38,6 +38,13 @@ int sync(const FileDescriptor& file) {
   throw std::system_error(error, path);
 }
 
+/// A file that was renamed or removed is so for good only once its directory is.
+void syncDirectoryOf(const std::string& path) {
+  const FileDescriptor directory = openFile(std::filesystem::path(path).parent_path().c_str(),
+                                            O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (!directory || sync(directory) != 0) fail(path, lastError());
+}
+
 }  // namespace
 
 std::error_code writeAll(int fd, std::string_view content) {
@@ -71,19 +78,26 @@ void writeFileAtomically(const std::string& path, std::span<const std::byte> con
     fail(path, error);
   }
 
-  // The rename is only durable once the directory is.
-  const FileDescriptor directory =
-      openFile(target.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (!directory || sync(directory) != 0) fail(path, lastError());
+  syncDirectoryOf(path);
+}
+
+bool removeFile(const std::string& path) {
+  if (::unlink(path.c_str()) != 0) {
+    if (errno == ENOENT) return false;
+    fail(path, lastError());
+  }
+  syncDirectoryOf(path);
+  return true;
 }
 
 void sweepTemporaryFiles(const std::string& directory) {
   std::error_code ignored;  // what cannot be listed or removed stays
-  for (const auto& entry : std::filesystem::directory_iterator(directory, ignored)) {
-    const std::string name = entry.path().filename().string();
+  std::filesystem::directory_iterator entry(directory, ignored);
+  for (; entry != std::filesystem::directory_iterator(); entry.increment(ignored)) {
+    const std::string name = entry->path().filename().string();
     const auto mark = name.rfind(kTemporaryMark);
     if (name.starts_with('.') && mark != std::string::npos && name.size() - mark == 11) {
-      std::filesystem::remove(entry.path(), ignored);
+      std::filesystem::remove(entry->path(), ignored);
     }
   }
 }

@@ -15,6 +15,10 @@ namespace norvane {
 /// replaced, not followed. Any thread. Throws std::system_error, having removed what it had begun.
 void writeFileAtomically(const std::string& path, std::span<const std::byte> content);
 
+/// Removes the file at `path`, also for a machine that loses power after; false when there is none.
+/// Throws std::system_error.
+bool removeFile(const std::string& path);
+
 /// Removes what writeFileAtomically has left in `directory` in a process that was killed. Nobody
 /// else may be writing there.
 void sweepTemporaryFiles(const std::string& directory);

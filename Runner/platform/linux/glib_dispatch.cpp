@@ -14,6 +14,10 @@
 namespace norvane {
 namespace {
 
+// As many as may be at work, however few the processors: tasks wait for disks and for other
+// processes, and none of the serial queues should wait for another one's.
+constexpr unsigned kFewestWorkers = 4;
+
 struct QueueSource {
   GSource base;
   GlibDispatch* dispatch;
@@ -103,7 +107,7 @@ void GlibDispatch::globalAsync(Task task) {
   const std::lock_guard lock(workMutex_);
   if (ending_) return;
   workTasks_.push_back(std::move(task));
-  const std::size_t limit = std::max(2U, std::thread::hardware_concurrency());
+  const std::size_t limit = std::max(kFewestWorkers, std::thread::hardware_concurrency());
   if (idleWorkers_ < workTasks_.size() && workers_.size() < limit) {
     try {
       workers_.emplace_back([this] { work(); });

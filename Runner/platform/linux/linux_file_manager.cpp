@@ -31,8 +31,8 @@ bool LinuxFileManager::fileExistsAtPath(const std::string& path) const {
 }
 
 void LinuxFileManager::createDirectory(const std::string& path) {
-  if (::mkdir(path.c_str(), 0700) == 0) return;
   const std::string parent = std::filesystem::path(path).parent_path().string();
+  if (::mkdir(path.c_str(), 0700) == 0) return;
   if (errno == ENOENT && !parent.empty() && parent != path) {
     createDirectory(parent);
     if (::mkdir(path.c_str(), 0700) == 0) return;
