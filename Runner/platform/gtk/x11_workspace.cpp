@@ -83,7 +83,10 @@ std::vector<XWindow> applicationWindows() {
 
 /// The window that has the keyboard; 0 when none has.
 XWindow activeWindow() {
-  if (isWindowManaged()) return xNumber(root(), "_NET_ACTIVE_WINDOW");
+  if (isWindowManaged()) {
+    // None is named for a moment while the keyboard goes from one window to the next.
+    if (const XWindow active = xNumber(root(), "_NET_ACTIVE_WINDOW")) return active;
+  }
   XWindow window = 0;
   int revertTo = 0;
   XGetInputFocus(xDisplay(), &window, &revertTo);
