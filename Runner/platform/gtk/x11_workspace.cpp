@@ -221,8 +221,15 @@ std::shared_ptr<NSImage> iconOf(const std::string& name, GDesktopAppInfo* entry,
 
 void X11Workspace::warmUp() {
   entries_.load();
+  frontmostApplication();
   const GObjectPtr<GIcon> any(g_themed_icon_new("application-x-executable"));
   if (const Pixbuf pixels = themeIcon(any.get())) pixels.png();
+  // Most icons are of this format, whose library is loaded when the first one is read.
+  static constexpr std::string_view kPicture =
+      R"(<svg xmlns="http://www.w3.org/2000/svg" width="1" height="1"/>)";
+  const GObjectPtr<GInputStream> file(
+      g_memory_input_stream_new_from_data(kPicture.data(), kPicture.size(), nullptr));
+  Pixbuf::adopt(gdk_pixbuf_new_from_stream(file.get(), nullptr, nullptr));
 }
 
 NSRunningApplication X11Workspace::ownApplication() const {
