@@ -47,10 +47,7 @@ GtkClipboard* clipboard() { return gtk_clipboard_get(GDK_SELECTION_CLIPBOARD); }
 void giveTarget(GtkClipboard*, GtkSelectionData* request, guint index, gpointer content) {
   const Target& target = static_cast<const Content*>(content)->targets[index];
   const char* type = target.replyType ? target.replyType : target.name.c_str();
-  // With null for its bytes the toolkit would take an empty answer for a refusal.
-  const auto* bytes =
-      target.bytes.empty() ? reinterpret_cast<const guchar*>("") : target.bytes.data();
-  gtk_selection_data_set(request, gdk_atom_intern(type, FALSE), 8, bytes,
+  gtk_selection_data_set(request, gdk_atom_intern(type, FALSE), 8, target.bytes.data(),
                          static_cast<gint>(target.bytes.size()));
 }
 
