@@ -2,13 +2,13 @@
 
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "other_program.h"
 #include "platform/gtk/gtk_pasteboard.h"
 #include "platform/headless/headless_services.h"
 #include "real_desktop.h"
+
 namespace norvane {
 namespace {
 
