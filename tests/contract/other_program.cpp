@@ -20,7 +20,12 @@ std::optional<std::string> outputOf(std::vector<const char*> command) {
                                     nullptr);
   };
   g_subprocess_communicate_async(program.get(), nullptr, nullptr, ended, &output);
-  EXPECT_TRUE(await([&] { return output != nullptr; })) << command.front();
+  const auto hasEnded = [&] { return output != nullptr; };
+  if (!await(hasEnded)) {
+    g_subprocess_force_exit(program.get());
+    await(hasEnded);
+    ADD_FAILURE() << command.front() << " had to be ended";
+  }
   const std::unique_ptr<GBytes, GlibDeleter<g_bytes_unref>> owned(output);
   if (!output || !g_subprocess_get_successful(program.get())) return std::nullopt;
   gsize size = 0;
