@@ -16,7 +16,7 @@ std::uint32_t serverTime() {
 
 }  // namespace
 
-void EventTime::happened() { last_ = serverTime(); }
+void EventTime::set(std::uint32_t time) { last_ = time != 0 ? time : serverTime(); }
 
 std::uint32_t EventTime::last() const {
   const std::uint32_t inWindows = gdk_x11_display_get_user_time(gdk_display_get_default());

@@ -9,9 +9,8 @@ namespace norvane {
 /// events in the windows; what comes another way (a hotkey, an activation) is told. Main thread.
 class EventTime {
  public:
-  void set(std::uint32_t time) { last_ = time; }
-  /// One has just happened that came without a time.
-  void happened();
+  /// 0 for one that has just happened and came without a time.
+  void set(std::uint32_t time);
   /// The server's own time when there was no event yet.
   std::uint32_t last() const;
 

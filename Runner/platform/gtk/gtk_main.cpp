@@ -100,11 +100,11 @@ int runGtk(const CommandLine& commandLine, const MainInterface& mainInterface) {
   host->desktop.launch(mainInterface, /*takesKeyboard=*/!commandLine.atLogin);
   instance.listen(
       [&](const std::string& link) {
-        host->eventTime.happened();
+        host->eventTime.set(0);
         host->desktop.openURL(link);
       },
       [&] {
-        host->eventTime.happened();
+        host->eventTime.set(0);
         host->desktop.reopen();
       });
   for (const std::string& link : commandLine.links) {
