@@ -46,7 +46,10 @@ class Real {
 
   bool awaitFocus() {
     gtk_window_present(GTK_WINDOW(window_));
-    return await([this] { return gtk_window_is_active(GTK_WINDOW(window_)); });
+    const bool has = await(
+        [this] { return gtk_window_is_active(GTK_WINDOW(window_)) && isFocusSettled(window_); });
+    while (gtk_events_pending()) gtk_main_iteration();  // what tells of it
+    return has;
   }
   std::string text() const { return gtk_entry_get_text(GTK_ENTRY(field_)); }
   OtherClient& others() { return others_; }
@@ -103,6 +106,7 @@ TEST_F(X11KeyboardTest, TheGrabGoesWithTheFocusOfOurWindows) {
                           nullptr),
             GDK_GRAB_SUCCESS);
   gdk_seat_ungrab(seat);
+  gdk_display_sync(gdk_display_get_default());
   EXPECT_TRUE(await([&] { return world_.isSecret(); }));
 }
 

@@ -5,6 +5,7 @@
 #include <X11/XKBlib.h>
 #include <X11/keysym.h>
 #include <gtk/gtk.h>
+#include <gtk/gtkx.h>
 
 namespace norvane {
 namespace {
@@ -50,6 +51,15 @@ unsigned long focusWindowOf(OtherClient& client) {
   XEvent event;
   XWindowEvent(display, window, FocusChangeMask, &event);
   return window;
+}
+
+bool isFocusSettled(GtkWidget* window) {
+  GdkWindow* toplevel = gtk_widget_get_window(window);
+  Window focus = None;
+  int revertTo = 0;
+  XGetInputFocus(gdk_x11_get_default_xdisplay(), &focus, &revertTo);
+  return focus != GDK_WINDOW_XID(toplevel) &&
+         gdk_x11_window_lookup_for_display(gdk_window_get_display(toplevel), focus) == toplevel;
 }
 
 bool isKeyPress(const XEvent& event) { return event.type == KeyPress; }

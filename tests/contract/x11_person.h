@@ -4,6 +4,7 @@
 
 #include "real_desktop.h"
 
+struct _GtkWidget;
 union _XEvent;
 
 namespace norvane {
@@ -16,6 +17,9 @@ bool canGrabKeyboard(OtherClient& client);
 
 /// A window of another client's, which has the focus when this returns.
 unsigned long focusWindowOf(OtherClient& client);
+
+/// Whether the toolkit has passed the focus on, from a window that got it to where it takes keys.
+bool isFocusSettled(_GtkWidget* window);
 
 /// Whether a grabbed key was pressed, or repeats.
 bool isKeyPress(const _XEvent& event);
