@@ -108,6 +108,17 @@ TEST_F(X11KeyboardTest, TheGrabGoesWithTheFocusOfOurWindows) {
   gdk_seat_ungrab(seat);
   gdk_display_sync(gdk_display_get_default());
   EXPECT_TRUE(await([&] { return world_.isSecret(); }));
+
+  GtkWidget* panel = gtk_window_new(GTK_WINDOW_TOPLEVEL);
+  gtk_widget_show(panel);
+  EXPECT_TRUE(await([&] {
+    return gtk_window_is_active(GTK_WINDOW(panel)) &&
+           !gtk_window_is_active(GTK_WINDOW(world_.window())) && world_.isSecret();
+  }));
+  gtk_widget_hide(panel);
+  EXPECT_TRUE(await(
+      [&] { return gtk_window_is_active(GTK_WINDOW(world_.window())) && world_.isSecret(); }));
+  gtk_widget_destroy(panel);
 }
 
 TEST_F(X11KeyboardTest, WhatIsTypedArrivesAndTheHotkeyToo) {
