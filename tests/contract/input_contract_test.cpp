@@ -266,12 +266,14 @@ TEST_F(X11Input, SecureEntryGoesWithTheFocusOfOurWindowsAndKeepsHotkeys) {
 
   // As a menu does that opens and closes.
   GdkSeat* seat = gdk_display_get_default_seat(gdk_display_get_default());
-  ASSERT_EQ(gdk_seat_grab(seat, gtk_widget_get_window(window), GDK_SEAT_CAPABILITY_KEYBOARD, TRUE,
-                          nullptr, nullptr, nullptr, nullptr),
-            GDK_GRAB_SUCCESS);
-  gdk_seat_ungrab(seat);
-  gdk_display_sync(gdk_display_get_default());
-  EXPECT_TRUE(await([&] { return isSecret(); }));
+  for (int i = 0; i < 2; ++i) {
+    ASSERT_EQ(gdk_seat_grab(seat, gtk_widget_get_window(window), GDK_SEAT_CAPABILITY_KEYBOARD, TRUE,
+                            nullptr, nullptr, nullptr, nullptr),
+              GDK_GRAB_SUCCESS);
+    gdk_seat_ungrab(seat);
+    gdk_display_sync(gdk_display_get_default());
+    EXPECT_TRUE(await([&] { return isSecret(); }));
+  }
 
   const Window neighbour = XCreateSimpleWindow(x, DefaultRootWindow(x), 0, 0, 80, 80, 0, 0, 0);
   XMapWindow(x, neighbour);
@@ -309,6 +311,7 @@ class Programs {
 
   std::optional<unsigned> decision = 0;  // none as long as the person hesitates
   const char* key = "Any key";           // for the shortcut
+  guint64 idle = 0;
   std::string calls;
 
   void emit(const std::string& path, const std::string& interface, const char* signal,
@@ -342,7 +345,7 @@ class Programs {
   }
   GVariant* answer(GDBusMessage* call) {
     const std::string method = g_dbus_message_get_member(call);
-    if (method == "GetIdletime") return g_variant_new("(t)", guint64{60500});
+    if (method == "GetIdletime") return g_variant_new("(t)", idle);
     calls += method + " ";
     if (method == "Register" || method == "Close") return g_variant_new("()");
     const GTextPtr printed(g_variant_print(g_dbus_message_get_body(call), FALSE));
@@ -352,6 +355,7 @@ class Programs {
       return arguments.substr(start, arguments.find('\'', start) - start);
     };
     const bool binds = method == "BindShortcuts";
+    if (binds) activate("/somebody/else");
     EXPECT_TRUE(!binds || after("'preferred_trigger': <'") == kKeys) << arguments;
     std::string request = g_dbus_message_get_sender(call) + 1;
     std::ranges::replace(request, '.', '_');
@@ -386,11 +390,10 @@ TEST_F(WaylandInput, AHotkeyIsHeldOnceTheDesktopSaysSoUntilItIsGivenBack) {
   Programs desktop;
   ASSERT_EQ(take(kShortcut), noErr);
   EXPECT_EQ(std::exchange(desktop.calls, {}), kAsked);
-  desktop.activate("/somebody/else");
-  desktop.activate(kSession);
+  while (g_main_context_iteration(nullptr, FALSE)) continue;
   EXPECT_TRUE(presses.empty());
-  EXPECT_TRUE(await([&] { return !presses.empty(); }));
-  EXPECT_EQ(presses.size(), 1U);
+  desktop.activate(kSession);
+  EXPECT_TRUE(await([&] { return presses.size() == 1; }));
   EXPECT_EQ(hotkeys.UnregisterEventHotKey(*ref), noErr);
   desktop.key = "";
   EXPECT_EQ(take(kShortcut), eventHotKeyExistsErr);
@@ -420,8 +423,10 @@ TEST_F(WaylandInput, NobodyIsAskedAboutOneCombinationAfterAnother) {
 
 TEST_F(WaylandInput, TheDesktopTellsTheIdleTimeAndElseTheApplicationsOwnInputCounts) {
   EXPECT_GT(idle.secondsSinceLastEventType(kCGEventMouseMoved), 0);
-  EXPECT_LT(idle.secondsSinceLastEventType(kCGEventMouseMoved), 10);
-  const Programs desktop;
+  Programs desktop;
+  // One that says 0 at all times is not believed.
+  EXPECT_GT(idle.secondsSinceLastEventType(kCGEventMouseMoved), 0);
+  desktop.idle = 60500;
   EXPECT_EQ(idle.secondsSinceLastEventType(kCGEventMouseMoved), 60.5);
 }
 
