@@ -31,16 +31,15 @@ unsigned X11Keymap::keyCodeAt(std::string_view place) const {
 }
 
 unsigned X11Keymap::modifiersOf(std::initializer_list<unsigned long> symbols) const {
-  unsigned modifiers = 0;
-  if (!map_) return modifiers;
-  for (unsigned code = map_->min_key_code; code <= map_->max_key_code; ++code) {
-    if (XkbKeyNumGroups(map_, code) == 0) continue;
-    const KeySym symbol = XkbKeySymEntry(map_, code, 0, 0);
-    if (std::ranges::find(symbols, symbol) != symbols.end()) {
-      modifiers |= map_->map->modmap[code];
+  if (!map_) return 0;
+  for (const unsigned long symbol : symbols) {
+    for (unsigned code = map_->min_key_code; code <= map_->max_key_code; ++code) {
+      const unsigned modifiers = map_->map->modmap[code];
+      if (modifiers == 0 || XkbKeyNumGroups(map_, code) == 0) continue;
+      if (XkbKeySymEntry(map_, code, 0, 0) == symbol) return modifiers;
     }
   }
-  return modifiers;
+  return 0;
 }
 
 int X11Keymap::groupCount() const {

@@ -17,7 +17,8 @@ class X11Keymap {
 
   /// The X key code of the key at a place; 0 when this keyboard has none there.
   unsigned keyCodeAt(std::string_view place) const;
-  /// The modifier bits that the keys with one of these symbols set; 0 when there is no such key.
+  /// The modifier bits that a key with the first of these symbols that there is sets; 0 without
+  /// one.
   unsigned modifiersOf(std::initializer_list<unsigned long> symbols) const;
   /// Layouts, called groups, are counted from 0.
   int groupCount() const;
