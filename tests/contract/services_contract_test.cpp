@@ -106,11 +106,11 @@ TEST_F(RealServices, AKeyringThatDoesNotAnswerHoldsNoThreadForLong) {
 
 // The next test's: a process of its own, since each keeps the bus that it has found.
 TEST_F(RealServices, DISABLED_InAnotherSession) {
-  const OSStatus expected = std::atoi(std::getenv("EXPECTED"));
+  const OSStatus found = std::atoi(std::getenv("FOUND"));
   const auto begin = std::chrono::steady_clock::now();
-  EXPECT_EQ(keychain.SecItemUpdate(kMine, {kSecond, "b"}), expected);
-  EXPECT_EQ(keychain.SecItemAdd(kOther, {kSecond, "b"}, false), expected);
-  EXPECT_EQ(keychain.SecItemDelete(kOther), expected);
+  EXPECT_EQ(keychain.SecItemUpdate(kMine, {kSecond, "b"}), found);
+  EXPECT_EQ(keychain.SecItemAdd(kOther, {kSecond, "b"}, false), std::atoi(std::getenv("ADDED")));
+  EXPECT_EQ(keychain.SecItemDelete(kOther), found);
   EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2)) << "a dialog waits";
 }
 
@@ -132,9 +132,13 @@ TEST_F(RealServices, AnItemIsThereForOthersAndALockedOrMissingKeyringIsSaidSoAtO
       << "<busconfig><type>session</type><listen>unix:tmpdir=/tmp</listen><policy context="
          "'default'><allow send_destination='*'/><allow receive_sender='*'/></policy></busconfig>";
   for (const std::string session :
-       {"export EXPECTED=-25308 XDG_RUNTIME_DIR=$(mktemp -d -p $HOME); dbus-run-session ",
-        "EXPECTED=-25291 dbus-run-session --config-file=$XDG_RUNTIME_DIR/bare.conf ",
-        "EXPECTED=-25291 DBUS_SESSION_BUS_ADDRESS=unix:path=/none env "}) {
+       {"export FOUND=-25308 ADDED=-25308 XDG_RUNTIME_DIR=$(mktemp -d -p $HOME); dbus-run-session ",
+        "export FOUND=-25300 ADDED=-25308 XDG_RUNTIME_DIR=$(mktemp -d -p $HOME); "  // no keyring
+                                                                                    // yet
+        "XDG_DATA_HOME=$XDG_RUNTIME_DIR dbus-run-session ",
+        "export FOUND=-25291 ADDED=-25291; dbus-run-session "
+        "--config-file=$XDG_RUNTIME_DIR/bare.conf ",
+        "FOUND=-25291 ADDED=-25291 DBUS_SESSION_BUS_ADDRESS=unix:path=/none env "}) {
     const std::string program = fs::read_symlink("/proc/self/exe");
     const std::string options = " --gtest_also_run_disabled_tests --gtest_filter=*InAnotherSession";
     EXPECT_EQ(std::system((session + program + options).c_str()), 0) << session;
