@@ -31,6 +31,7 @@ with tempfile.TemporaryDirectory(prefix="an odd prefix") as prefix:
 
     contents = f"{prefix}/lib/norvane/Norvane.app/Contents"
     assert os.path.realpath(f"{prefix}/bin/Norvane") == f"{contents}/MacOS/Norvane"
+    assert os.path.exists(f"{contents}/MacOS/norvane-desktop")
     assert os.path.exists(f"{share}/icons/hicolor/scalable/apps/{entry.get_icon().to_string()}.svg")
     assert filecmp.cmp(f"{share}/icons/hicolor/symbolic/apps/{ID}-symbolic.svg",
                        f"{contents}/Resources/MenuBarIcon-symbolic.svg")
