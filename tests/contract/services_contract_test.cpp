@@ -26,6 +26,10 @@ namespace {
 namespace fs = std::filesystem;
 using enum SMAppServiceStatus;
 
+// The autostart folder is emptied: never the person's own.
+[[maybe_unused]] const bool kOwnFolder =
+    g_setenv("XDG_CONFIG_HOME", (std::string(g_get_user_runtime_dir()) + "/config").c_str(), TRUE);
+
 const KeychainQuery kAny{"org.example.contract", "session-key", {}};
 const KeychainQuery kMine{"org.example.contract", "session-key", "TEAM.mine"};
 const KeychainQuery kOther{"org.example.contract", "session-key", "TEAM.other"};
