@@ -137,7 +137,7 @@ std::string fetch(const std::string& feed, const std::stop_token& stop) {
   int running = 1;
   while (running && !stop.stop_requested()) {
     if (curl_multi_perform(multi.get(), &running) != CURLM_OK) break;
-    if (running) curl_multi_poll(multi.get(), nullptr, 0, 1000, nullptr);
+    if (running) curl_multi_poll(multi.get(), nullptr, 0, kTotalSeconds * 1000, nullptr);
   }
   int left = 0;
   const CURLMsg* message = curl_multi_info_read(multi.get(), &left);
