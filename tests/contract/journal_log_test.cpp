@@ -46,7 +46,8 @@ namespace {
   // Not there too: it may lead into the journal.
   char byte;
   ok = ok && ::read(pipe[0], &byte, 1) < 0;
-  std::_Exit(ok && logged(terminal[1], terminal[0]) == line + "\r\n" ? 0 : 2);
+  ok = ok && logged(terminal[1], terminal[0]) == line + "\r\n" && ::read(journal, &byte, 1) == 1;
+  std::_Exit(ok ? 0 : 2);
 }
 
 TEST(JournalLogTest, ARecordIsOneLineInTheJournalOrOnStandardErrorAndOnATerminalInBoth) {
