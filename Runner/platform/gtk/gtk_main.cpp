@@ -14,6 +14,7 @@
 #include "platform/gtk/display_end.h"
 #include "platform/gtk/gtk_platform.h"
 #include "platform/gtk/journal_log.h"
+#include "platform/gtk/session.h"
 #include "platform/gtk/single_instance.h"
 #include "platform/linux/data_directory.h"
 #include "platform/linux/glib_dispatch.h"
@@ -76,6 +77,9 @@ int runGtk(const CommandLine& commandLine, const MainInterface& mainInterface) {
 
   JournalLog log;
   GlibDispatch dispatch;
+  // The one connection of the process. Kept, because whoever opened it anew would have the bus's
+  // end be the process's.
+  const auto bus = sessionBus();
   SingleInstance instance(kApplicationId);
   if (instance.isSecond()) {
     instance.handOver(commandLine.links);

@@ -159,6 +159,12 @@ class SecretServiceKeychain::Session {
   Session(const Session&) = delete;
 
   void open() {
+    const auto connected = await([&](auto... done) { g_bus_get(G_BUS_TYPE_SESSION, done...); });
+    const GObjectPtr<GDBusConnection> bus(finish(g_bus_get_finish, connected));
+    // Its end is not the process's. Asked of one that has ended, the service's library complains to
+    // standard error.
+    g_dbus_connection_set_exit_on_close(bus.get(), FALSE);
+    if (g_dbus_connection_is_closed(bus.get())) throw Failure{errSecNotAvailable};
     const auto result = await([&](auto... done) {
       secret_service_open(promptlessServiceType(), nullptr, SECRET_SERVICE_NONE, done...);
     });
