@@ -49,7 +49,7 @@ Console::Console(ScriptedUi& ui, GlibDispatch& dispatch, DesktopEvents desktopEv
 }
 
 Console::~Console() {
-  ui_.setObserver(nullptr);
+  ui_.programsEnded();
   if (!source_) return;
   g_source_destroy(source_);
   g_source_unref(source_);
