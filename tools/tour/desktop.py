@@ -3,6 +3,8 @@ windows and programs. Usage, within tools/with-desktop: python3 -m tour.desktop 
 """
 
 import os
+import re
+import signal
 import subprocess
 import sys
 import textwrap
@@ -235,7 +237,10 @@ def it_ends_and_a_link_starts_it(tour):
     desktop.output_of("gio", "open", "norvane://item/8")
     tour.await_keyboard(MAIN)
     show("checked", "the session bus has started the host")
-    desktop.output_of("pkill", "-TERM", "-f", "gapplication-service")
+    process = desktop.output_of(
+        "gdbus", "call", "--session", "--dest", "org.freedesktop.DBus", "--object-path", "/",
+        "--method", "org.freedesktop.DBus.GetConnectionUnixProcessID", ID)
+    os.kill(int(re.search(r"(\d+),\)", process)[1]), signal.SIGTERM)
 
 
 STEPS = [
