@@ -1,0 +1,160 @@
+"""The real desktop, whole and with parts that are missing, fail or go away."""
+
+import ctypes
+import os
+import signal
+import subprocess
+import sys
+import unittest
+from unittest import mock
+
+import real_desktop as desktop
+from console_client import TIMEOUT, Host
+from support import AUTOFILL, BUNDLE, EXECUTABLE, ROOT, HostTest, environment, write
+
+PANEL = "Norvane — Quick Access"
+SYNC = {"channel": AUTOFILL, "method": "syncVaultSnapshot",
+        "arguments": {"items": [{"id": "a", "username": "ann", "password": "secret"}]}}
+CLEARED = {"reply": "success", "value": True}
+BUS = """<busconfig><type>session</type><listen>unix:tmpdir=/tmp</listen><policy context="default">
+<allow send_destination="*"/><allow eavesdrop="true"/><allow own="*"/></policy></busconfig>"""  # starts no services
+
+
+def refused(status):
+    return {"reply": "error", "code": "autofill_sync_snapshot_failed",
+            "message": f"keychain status {status}", "details": None}
+
+
+class Tour(unittest.TestCase):
+    def test_the_tour(self):
+        played = subprocess.run(
+            [f"{ROOT}/tools/with-desktop", sys.executable, "-m", "tour.desktop"], check=False,
+            stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, timeout=2 * TIMEOUT)
+        self.assertEqual(played.returncode, 0, played.stdout)
+
+
+class BareDesktop(HostTest):
+    """An X server without a window manager, and a bus without services."""
+
+    def setUp(self):
+        super().setUp()
+        os.mkdir(self.path("run"), 0o700)
+        self.enterContext(mock.patch.dict(os.environ, {
+            "HOME": self.root, "XDG_RUNTIME_DIR": self.path("run"), "LC_ALL": "C.UTF-8",
+            "NO_AT_BRIDGE": "1", "GTK_A11Y": "none"}))
+        for name in ("XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_CACHE_HOME", "XDG_SESSION_TYPE",
+                     "WAYLAND_DISPLAY"):
+            os.environ.pop(name, None)
+        self.display, number = self.serve("Xvfb", "-displayfd", "1", "-screen", "0", "1440x900x24",
+                                          "-nolisten", "tcp")
+        self.bus, address = self.serve("dbus-daemon", "--nofork", "--print-address=1",
+                                       "--config-file", write(self.path("bus.conf"), BUS))
+        os.environ |= {"DISPLAY": ":" + number, "DBUS_SESSION_BUS_ADDRESS": address}
+
+    def serve(self, *command):
+        """Starts a server; returns it and the line by which it says that it takes clients."""
+        with open(write(self.path("password"), "\n"), "rb") as password:  # for one of them
+            server = subprocess.Popen(command, stdin=password, stdout=subprocess.PIPE,
+                                      stderr=subprocess.DEVNULL, text=True)
+        self.addCleanup(server.stdout.close)
+        self.addCleanup(server.wait)
+        self.addCleanup(server.kill)
+        return server, server.stdout.readline().strip()
+
+    def host(self, *options, **changes):
+        host = self.enterContext(Host(BUNDLE, "--ui", "console", "--data-dir", self.data, *options,
+                                      platform="gtk", env=environment(**changes)))
+        host.settle()
+        return host
+
+    def assert_quick_access(self, host):
+        """The hotkey shows the panel, with the keyboard, and hides it."""
+        desktop.press(desktop.BACKSLASH)
+        host.read_until(lambda line: line.get("call") == "shown")
+        desktop.eventually("the panel's keyboard", lambda: PANEL == desktop.output_of(
+            "xdotool", "getwindowfocus", "getwindowname").strip())
+        desktop.press(desktop.BACKSLASH)
+        host.read_until(lambda line: line.get("call") == "hidden")
+
+    def assert_ends_well(self, host):
+        os.kill(host.pid, signal.SIGTERM)
+        status, _, log = host.ended()
+        self.assertEqual((status, [line for line in log if not line.startswith("[Norvane] ")
+                                   or "fault" in line]), (0, []))
+        return log
+
+    def test_without_a_display_it_says_how_to_do_without(self):
+        for display in ({"DISPLAY": ":9999"}, {"WAYLAND_DISPLAY": "wayland-9"}, {}):
+            env = environment(**display)
+            if "DISPLAY" not in display:
+                del env["DISPLAY"]
+            ended = subprocess.run([EXECUTABLE], env=env, check=False, capture_output=True,
+                                   text=True, timeout=TIMEOUT)
+            self.assertEqual((ended.returncode, ended.stdout), (69, ""))
+            self.assertRegex(ended.stderr, r"\ANorvane: [^\n]+ --platform headless [^\n]+\n\Z")
+
+    def test_the_display_goes_away(self):
+        host = self.host()
+        self.display.kill()
+        status, _, log = host.ended()
+        self.assertEqual((status, log[-1]), (69, "[Norvane] the display has gone away"))
+
+    def test_there_is_no_bus(self):
+        host = self.host(DBUS_SESSION_BUS_ADDRESS=f"unix:path={self.root}/none")
+        self.assert_quick_access(host)
+        self.assertEqual(host.call(**SYNC), refused(-25291))
+        self.assertEqual(host.call(AUTOFILL, "clearCredentials"), CLEARED)
+        self.assert_ends_well(host)
+
+    def test_the_bus_goes_away(self):
+        host = self.host()
+        self.assertEqual(host.call(**SYNC), refused(-25291))  # no keyring there
+        self.bus.kill()
+        self.assertEqual(host.call(**SYNC), refused(-25291))
+        self.assert_quick_access(host)
+        self.assert_ends_well(host)
+
+    def test_the_keyring_hangs_and_is_locked(self):
+        keyring, _ = self.serve("gnome-keyring-daemon", "--foreground", "--components=secrets",
+                                "--unlock")
+        desktop.output_of("gdbus", "wait", "--session", "org.freedesktop.secrets")
+        host = self.host()
+        os.kill(keyring.pid, signal.SIGSTOP)
+        host.send({"id": 0} | SYNC)
+        self.assert_quick_access(host)  # meanwhile
+        os.kill(keyring.pid, signal.SIGCONT)
+        self.assertEqual(host.read_until(lambda line: line.get("id") == 0)["value"],
+                         {"written": 1, "encrypted": True})
+        desktop.output_of("gdbus", "call", "--session", "--dest", "org.freedesktop.secrets",
+                          "--object-path", "/org/freedesktop/secrets", "--method",
+                          "org.freedesktop.Secret.Service.Lock",
+                          "['/org/freedesktop/secrets/collection/login']")
+        self.assertEqual(host.call(**SYNC), refused(-25308))
+        self.assertEqual(host.call(AUTOFILL, "clearCredentials"), CLEARED)
+        self.assert_ends_well(host)
+
+    def test_processes_of_the_same_user_cannot_look_into_it(self):
+        drop_capability, ptrace = 24, 19  # of prctl; else root may look into everything
+        ctypes.CDLL(None).prctl(drop_capability, ptrace, 0, 0, 0)
+        for option, status in ([], 1), (["--allow-debugger"], 0):
+            host = self.host(*option)
+            looked = subprocess.run(["readlink", f"/proc/{host.pid}/exe"], check=False,
+                                    capture_output=True, timeout=TIMEOUT)
+            self.assertEqual(looked.returncode, status, looked.stderr)
+            with open(f"/proc/{host.pid}/limits", encoding="ascii") as limits:
+                self.assertRegex(limits.read(), r"Max core file size +0 +0 ")
+            self.assert_ends_well(host)
+
+    def test_links_arrive_unchanged_as_one_log_line_each(self):
+        links = [f"norvane://{place}\n[Norvane] forged\r\x1b[2J\x7f\u2028ä" for place in "ab"]
+        host = self.host(links[0])
+        host.call("norvane/deeplink", "flutterReady")
+        subprocess.run([EXECUTABLE, links[1]], check=True, timeout=TIMEOUT, env=environment())
+        self.assertEqual([host.next_ui_call()["arguments"]["url"] for _ in links], links)
+        log = self.assert_ends_well(host)
+        self.assertEqual(sum("] received deeplink: " in line for line in log), 2)
+        self.assertNotRegex("".join(log), r"[\x00-\x1f\x7f\u2028]")
+
+
+if __name__ == "__main__":
+    unittest.main()
