@@ -12,7 +12,7 @@ import unittest
 import zlib
 
 from console_client import TIMEOUT
-from support import AUTOFILL, BUNDLE, EXECUTABLE, HostTest, environment, read, write
+from support import BUNDLE, EXECUTABLE, HostTest, environment, read, write
 
 LIBRARY = "Contents/Frameworks/libffi_bridge.dylib"
 READY = {"channel": "norvane/deeplink", "method": "flutterReady"}
@@ -65,14 +65,6 @@ class Lines(ConsoleTest):
             status, lines, _ = host.ended()
         said = [line.get("id", line.get("call", line.get("desktop", "error"))) for line in lines]
         self.assertEqual((status, said), (0, [1, "urlOpened", "error", "settled", 2, "settled"]))
-
-    def test_a_call_under_way_at_the_end_is_dropped_without_a_fault(self):
-        with self.start() as host:
-            host.settle()
-            host.send({"id": 1, "channel": AUTOFILL, "method": "syncVaultSnapshot",
-                       "arguments": {"items": []}}, {"desktop": "quit"})
-            status, lines, log = host.ended()
-        self.assertEqual((status, lines, [line for line in log if "fault" in line]), (0, [], []))
 
     def test_idle_time_counts_from_the_last_input_event(self):
         with self.start() as host:

@@ -49,7 +49,7 @@ Console::Console(ScriptedUi& ui, GlibDispatch& dispatch, DesktopEvents desktopEv
 }
 
 Console::~Console() {
-  ui_.programsEnded();
+  ui_.setObserver(nullptr);
   if (!source_) return;
   g_source_destroy(source_);
   g_source_unref(source_);

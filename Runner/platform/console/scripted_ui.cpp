@@ -17,11 +17,6 @@ bool ScriptedUi::send(const std::string& engine, const std::string& channel, Byt
   return true;
 }
 
-void ScriptedUi::programsEnded() {
-  observer_ = nullptr;
-  for (const auto& [name, engine] : engines_) engine->binaryMessenger()->engineEnded();
-}
-
 void ScriptedUi::run(FlutterEngine& engine, std::string_view entrypoint) {
   engines_[engine.name()] = &engine;
   if (observer_) observer_->started(engine.name(), entrypoint);

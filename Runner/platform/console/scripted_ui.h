@@ -25,9 +25,6 @@ class ScriptedUi : public FlutterEmbedder {
  public:
   void setObserver(UiObserver* observer) { observer_ = observer; }
 
-  /// The UI programs end, ahead of their engines: what they have asked is not answered any more.
-  void programsEnded();
-
   /// Sends a message as `engine`'s UI program. False, and `reply` is not called, when no such
   /// engine runs.
   bool send(const std::string& engine, const std::string& channel, Bytes message,
