@@ -5,7 +5,7 @@
 #include <gio/gio.h>
 
 #include "platform/gtk/glib_handles.h"
-#include "platform/log.h"
+#include "platform/gtk/journal_log.h"
 
 namespace norvane {
 
@@ -37,7 +37,8 @@ void SingleInstance::claim(const char* applicationId) {
   GError* raised = nullptr;
   if (!g_application_register(application.get(), nullptr, &raised)) {
     const GErrorPtr error(raised);
-    NSLog(std::string("[Norvane] no name on the session bus: ") + error->message);
+    // There is no platform yet whose log could be written.
+    JournalLog().write(std::string("[Norvane] no name on the session bus: ") + error->message);
     return;
   }
   isSecond_ = g_application_get_is_remote(application.get());
@@ -47,6 +48,7 @@ void SingleInstance::claim(const char* applicationId) {
 void SingleInstance::handOver(const std::vector<std::string>& links) {
   std::vector<GObjectPtr<GFile>> files;
   std::vector<GFile*> borrowed;
+  borrowed.reserve(links.size());
   for (const std::string& link : links) {
     borrowed.push_back(files.emplace_back(g_file_new_for_uri(link.c_str())).get());
   }
