@@ -138,19 +138,19 @@ StatusNotifierItem::StatusNotifierItem(const StatusItemContent& content,
 StatusNotifierItem::~StatusNotifierItem() {
   g_cancellable_cancel(cancellable_.get());
   if (watchedName_ != 0) g_bus_unwatch_name(watchedName_);
-  if (object_ != 0) g_dbus_connection_unregister_object(connection_, object_);
+  if (object_ != 0) g_dbus_connection_unregister_object(connection_.get(), object_);
   g_bus_unown_name(ownedName_);
 }
 
 void StatusNotifierItem::serve(_GDBusConnection* connection) {
   static constexpr GDBusInterfaceVTable kCallbacks{Bus::methodCalled, Bus::property, nullptr, {}};
-  connection_ = connection;
+  connection_.reset(G_DBUS_CONNECTION(g_object_ref(connection)));
   object_ = g_dbus_connection_register_object(connection, kItemPath, interfaceInfo(), &kCallbacks,
                                               this, nullptr, nullptr);
 }
 
 void StatusNotifierItem::announce() {
-  g_dbus_connection_call(connection_, kWatcher, "/StatusNotifierWatcher", kWatcher,
+  g_dbus_connection_call(connection_.get(), kWatcher, "/StatusNotifierWatcher", kWatcher,
                          "RegisterStatusNotifierItem", g_variant_new("(s)", busName_.c_str()),
                          nullptr, G_DBUS_CALL_FLAGS_NONE, -1, cancellable_.get(), Bus::announced,
                          this);
@@ -189,7 +189,8 @@ void StatusNotifierItem::toolTipChanged() { signal("NewToolTip"); }
 
 void StatusNotifierItem::signal(const char* name) {
   if (object_ == 0) return;
-  g_dbus_connection_emit_signal(connection_, nullptr, kItemPath, kItem, name, nullptr, nullptr);
+  g_dbus_connection_emit_signal(connection_.get(), nullptr, kItemPath, kItem, name, nullptr,
+                                nullptr);
 }
 
 }  // namespace norvane

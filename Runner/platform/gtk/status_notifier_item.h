@@ -43,7 +43,7 @@ class StatusNotifierItem {
   std::function<void(bool)> shownChanged_;
   std::string busName_;
   GObjectPtr<_GCancellable> cancellable_;
-  _GDBusConnection* connection_ = nullptr;  // the bus's; null until it is there
+  GObjectPtr<_GDBusConnection> connection_;  // null until it is there
   unsigned ownedName_ = 0;
   unsigned object_ = 0;
   unsigned watchedName_ = 0;
