@@ -49,7 +49,7 @@ CommandLine parseCommandLine(int argc, char** argv) {
   char* uiArgument = nullptr;
   gboolean allowDebugger = FALSE;
   gboolean atLogin = FALSE;
-  gboolean isService = FALSE;
+  gboolean startedByBus = FALSE;  // which says itself what it wants
   gboolean version = FALSE;
   const GOptionEntry entries[] = {
       {"platform", 0, 0, G_OPTION_ARG_STRING, &platformArgument,
@@ -62,7 +62,7 @@ CommandLine parseCommandLine(int argc, char** argv) {
        "Let processes of the same user look into this one", nullptr},
       {"at-login", 0, 0, G_OPTION_ARG_NONE, &atLogin,
        "Started with the session: do not take the keyboard", nullptr},
-      {"gapplication-service", 0, G_OPTION_FLAG_HIDDEN, G_OPTION_ARG_NONE, &isService,
+      {"gapplication-service", 0, G_OPTION_FLAG_HIDDEN, G_OPTION_ARG_NONE, &startedByBus,
        "Started by the session bus", nullptr},
       {"data-dir", 0, 0, G_OPTION_ARG_FILENAME, &directoryArgument,
        "Where everything is kept; by default in the XDG data home", "DIR"},
@@ -134,7 +134,6 @@ CommandLine parseCommandLine(int argc, char** argv) {
   commandLine.console = ui != nullptr;
   commandLine.allowDebugger = allowDebugger;
   commandLine.atLogin = atLogin;
-  commandLine.isService = isService;
   return commandLine;
 }
 

@@ -21,7 +21,6 @@ struct CommandLine {
   bool console = false;        ///< plays the UI; the headless desktop always has it
   bool allowDebugger = false;  ///< lets processes of the same user look into this one
   bool atLogin = false;        ///< started with the session, not by the person
-  bool isService = false;      ///< started by the session bus, which says what it wants
   std::vector<std::string> links;
 
   /// Set when there is nothing to run: after --help, --version or a usage error, which were
