@@ -246,7 +246,7 @@ std::optional<NSRunningApplication> X11Workspace::applicationOf(XWindow window) 
   if (process) traces.executable = executableOf(*process);
   // Two texts, each with a zero behind it.
   const std::string names = xText(window, "WM_CLASS");
-  traces.instance = names.c_str();
+  traces.instance = names.substr(0, names.find('\0'));
   if (traces.instance.size() < names.size()) {
     traces.windowClass = names.c_str() + traces.instance.size() + 1;
   }
