@@ -121,26 +121,8 @@ DesktopWindow::~DesktopWindow() {
 
 bool DesktopWindow::isPanel() const { return styleMask_ & NSWindowStyleMaskNonactivatingPanel; }
 
-bool DesktopWindow::contains(unsigned long window) const {
-  GdkWindow* own = gtk_widget_get_window(window_);
-  if (!visible_ || !own || window <= PointerRoot) return false;
-  GdkDisplay* display = gdk_window_get_display(own);
-  gdk_x11_display_error_trap_push(display);  // the window may vanish meanwhile
-  // The toolkit's focus lies on a child of its window.
-  ::Window root = 0;
-  while (window != 0 && window != root && window != gdk_x11_window_get_xid(own)) {
-    ::Window parent = 0;
-    ::Window* children = nullptr;
-    unsigned count = 0;
-    if (!XQueryTree(GDK_DISPLAY_XDISPLAY(display), window, &root, &parent, &children, &count)) {
-      window = 0;
-      break;
-    }
-    if (children) XFree(children);
-    window = parent;
-  }
-  gdk_x11_display_error_trap_pop_ignored(display);
-  return window == gdk_x11_window_get_xid(own);
+bool DesktopWindow::contains(_GdkWindow* window) const {
+  return visible_ && window && gdk_window_get_toplevel(window) == gtk_widget_get_window(window_);
 }
 
 void DesktopWindow::orderFront() {

@@ -5,6 +5,7 @@
 #include "platform/gtk/gtk_desktop.h"
 #include "platform/window_server.h"
 
+struct _GdkWindow;
 struct _GtkWidget;
 struct _cairo_rectangle_int;
 
@@ -33,8 +34,8 @@ class DesktopWindow : public NativeWindow {
   void setAppearance(const WindowAppearance& appearance) override;
 
   NSWindow& owner() const { return owner_; }
-  /// Whether `window`, of X's, is this one or lies in it.
-  bool contains(unsigned long window) const;
+  /// Whether `window`, of the toolkit's, is this one or lies in it. Null is in none.
+  bool contains(_GdkWindow* window) const;
 
  private:
   struct Signals;

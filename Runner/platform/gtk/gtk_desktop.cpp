@@ -4,10 +4,11 @@
 #include <utility>
 
 #include <gdk/gdkx.h>
-#include <gtk/gtk.h>
 
 #include "platform/gtk/desktop_window.h"
 #include "platform/gtk/main_screen.h"
+#include "platform/gtk/x11_focus.h"
+#include "platform/gtk/x11_properties.h"
 #include "platform/linux/process.h"
 #include "platform/ns_window.h"
 #include "platform/platform.h"
@@ -15,45 +16,23 @@
 namespace norvane {
 namespace {
 
-/// The window that has the keyboard. While another client holds a grab it still does: a hotkey is
-/// such a grab, and is no loss of the keyboard.
-::Window inputFocus() {
-  ::Window focus = 0;
-  int revertTo = 0;
-  XGetInputFocus(GDK_DISPLAY_XDISPLAY(gdk_display_get_default()), &focus, &revertTo);
-  return focus;
+bool isAnotherActiveWindow(const XEvent& event) {
+  static const Atom activeWindow = gdk_x11_get_xatom_by_name("_NET_ACTIVE_WINDOW");
+  return event.type == PropertyNotify && event.xproperty.atom == activeWindow;
 }
 
 }  // namespace
-
-/// Hears, on the root window, that another window became the active one.
-struct GtkDesktop::Watch {
-  explicit Watch(GtkDesktop& owner) : desktop(owner) {
-    gdk_window_set_events(
-        root, static_cast<GdkEventMask>(gdk_window_get_events(root) | GDK_PROPERTY_CHANGE_MASK));
-    gdk_window_add_filter(root, &Watch::filter, this);
-  }
-  ~Watch() { gdk_window_remove_filter(root, &Watch::filter, this); }
-  Watch(const Watch&) = delete;
-
-  static GdkFilterReturn filter(GdkXEvent* event, GdkEvent*, gpointer self) {
-    static const Atom activeWindow = gdk_x11_get_xatom_by_name("_NET_ACTIVE_WINDOW");
-    const auto* xEvent = static_cast<XEvent*>(event);
-    if (xEvent->type == PropertyNotify && xEvent->xproperty.atom == activeWindow) {
-      static_cast<Watch*>(self)->desktop.updateKeyWindow();
-    }
-    return GDK_FILTER_CONTINUE;
-  }
-
-  GtkDesktop& desktop;
-  GdkWindow* const root = gdk_get_default_root_window();
-};
 
 GtkDesktop::GtkDesktop(Dispatch& dispatch, EventTime& eventTime, std::function<void()> quit)
     : dispatch_(dispatch),
       eventTime_(eventTime),
       quit_(std::move(quit)),
-      activeWindowWatch_(std::make_unique<Watch>(*this)) {}
+      activeWindowWatch_([this](const XEvent& event) {
+        if (isAnotherActiveWindow(event)) updateKeyWindow();
+        return false;
+      }) {
+  hearOfRootProperties();
+}
 
 GtkDesktop::~GtkDesktop() = default;
 
@@ -100,9 +79,8 @@ bool GtkDesktop::hasVisibleMainWindow() const {
   });
 }
 
-// Asked of the server rather than told by the toolkit, which reports each grab as a loss of focus.
 void GtkDesktop::updateKeyWindow() {
-  const ::Window focus = inputFocus();
+  GdkWindow* const focus = ownWindow(xFocus());
   const auto found = std::ranges::find_if(
       windows_, [&](const DesktopWindow* window) { return window->contains(focus); });
   DesktopWindow* const now = found == windows_.end() ? nullptr : *found;

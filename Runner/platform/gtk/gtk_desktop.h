@@ -8,6 +8,7 @@
 
 #include "platform/dispatch.h"
 #include "platform/gtk/event_time.h"
+#include "platform/gtk/x11_event_filter.h"
 #include "platform/ns_application.h"
 #include "platform/ns_process_info.h"
 #include "platform/window_server.h"
@@ -46,7 +47,6 @@ class GtkDesktop : public WindowServer, public NSScreens, public NSProcessInfo {
 
  private:
   friend class DesktopWindow;
-  struct Watch;
 
   void updateKeyWindow();
   bool hasVisibleMainWindow() const;
@@ -57,7 +57,7 @@ class GtkDesktop : public WindowServer, public NSScreens, public NSProcessInfo {
   std::function<void()> quit_;
   std::vector<DesktopWindow*> windows_;
   DesktopWindow* keyWindow_ = nullptr;
-  std::unique_ptr<Watch> activeWindowWatch_;
+  X11EventFilter activeWindowWatch_;
 };
 
 }  // namespace norvane

@@ -7,6 +7,7 @@
 #include <X11/extensions/XInput2.h>
 #include <gdk/gdkx.h>
 
+#include "platform/gtk/x11_focus.h"
 #include "platform/gtk/x11_keymap.h"
 #include "platform/log.h"
 
@@ -42,19 +43,6 @@ bool movesKeyboard(const XEvent& event) {
   return mode != XINotifyGrab && mode != XINotifyPassiveGrab;
 }
 
-/// The window that has the keyboard, if it is one of this application's.
-std::optional<Window> ownFocus(GdkDisplay* display) {
-  Window focus = None;
-  int revertTo = 0;
-  XGetInputFocus(GDK_DISPLAY_XDISPLAY(display), &focus, &revertTo);
-  GdkWindow* window = gdk_x11_window_lookup_for_display(display, focus);
-  if (!window || gdk_window_get_window_type(window) == GDK_WINDOW_FOREIGN ||
-      window == gdk_get_default_root_window()) {
-    return std::nullopt;
-  }
-  return focus;
-}
-
 }  // namespace
 
 X11Keyboard::X11Keyboard()
@@ -76,9 +64,8 @@ void X11Keyboard::DisableSecureEventInput() {
 }
 
 void X11Keyboard::followFocus() {
-  GdkDisplay* display = gdk_display_get_default();
-  const auto focus = ownFocus(display);
-  if (!focus) {
+  const XWindow focus = xFocus();
+  if (!ownWindow(focus)) {
     release();
     return;
   }
@@ -89,8 +76,9 @@ void X11Keyboard::followFocus() {
   XISetMask(keys, XI_KeyPress);
   XISetMask(keys, XI_KeyRelease);
   XIEventMask mask{.deviceid = keyboard(), .mask_len = sizeof keys, .mask = keys};
+  GdkDisplay* display = gdk_display_get_default();
   gdk_x11_display_error_trap_push(display);
-  const int status = XIGrabDevice(GDK_DISPLAY_XDISPLAY(display), keyboard(), *focus, CurrentTime,
+  const int status = XIGrabDevice(GDK_DISPLAY_XDISPLAY(display), keyboard(), focus, CurrentTime,
                                   None, GrabModeAsync, GrabModeAsync, True, &mask);
   const int error = gdk_x11_display_error_trap_pop(display);
   isHeld_ = status == GrabSuccess && error == Success;

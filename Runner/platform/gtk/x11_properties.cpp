@@ -40,6 +40,12 @@ XErrorsForgiven::~XErrorsForgiven() {
   gdk_x11_display_error_trap_pop_ignored(gdk_display_get_default());
 }
 
+void hearOfRootProperties() {
+  GdkWindow* root = gdk_get_default_root_window();
+  gdk_window_set_events(
+      root, static_cast<GdkEventMask>(gdk_window_get_events(root) | GDK_PROPERTY_CHANGE_MASK));
+}
+
 std::vector<unsigned long> xNumbers(XWindow window, const char* property, long most) {
   const Property numbers = read(window, property, 32, most);
   const auto* first = reinterpret_cast<const unsigned long*>(numbers.items.get());

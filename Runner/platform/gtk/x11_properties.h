@@ -16,6 +16,9 @@ class XErrorsForgiven {
   ~XErrorsForgiven();
 };
 
+/// Has the changes of the root window's properties come as events to this application.
+void hearOfRootProperties();
+
 // Properties of `window`, empty when it is gone or has none of that name and format. Errors must be
 // forgiven around them.
 

@@ -15,6 +15,7 @@
 #include <gtk/gtk.h>
 #include <unistd.h>
 
+#include "platform/gtk/x11_focus.h"
 #include "platform/linux/pixbuf_graphics.h"
 
 namespace norvane {
@@ -87,10 +88,7 @@ XWindow activeWindow() {
     // None is named for a moment while the keyboard goes from one window to the next.
     if (const XWindow active = xNumber(root(), "_NET_ACTIVE_WINDOW")) return active;
   }
-  XWindow window = 0;
-  int revertTo = 0;
-  XGetInputFocus(xDisplay(), &window, &revertTo);
-  if (window == PointerRoot) return 0;
+  XWindow window = xFocus();
   // It may be a part of the application's window.
   while (window != 0 && window != root() && xText(window, "WM_CLASS").empty()) {
     XWindow parent = 0;
