@@ -64,7 +64,10 @@ void refuseDesktopEvent(const std::string& event, JsonDocument&, JsonWriter&) {
 int runGtk(const CommandLine& commandLine, const MainInterface& mainInterface) {
   ensureStandardDescriptors();
   disableCoreDumps();
-  if (!commandLine.allowDebugger) forbidDebuggers();
+  // The desktop's portal looks into a process before it serves its connection for the first time,
+  // and serves none that it may not look into. On a Wayland session the hotkey comes from there.
+  const bool isLookedInto = isWaylandSession();
+  if (!commandLine.allowDebugger && !isLookedInto) forbidDebuggers();
   ::umask(S_IRWXG | S_IRWXO);     // whatever is kept is the user's alone
   std::signal(SIGPIPE, SIG_IGN);  // a reader that goes away is an error of the write
   g_set_prgname(kApplicationId);  // by which desktops find the application's entry
@@ -102,6 +105,7 @@ int runGtk(const CommandLine& commandLine, const MainInterface& mainInterface) {
   if (commandLine.console) console.emplace(host->ui, dispatch, &refuseDesktopEvent);
   quitOnSignals(dispatch);
   host->desktop.launch(mainInterface, /*takesKeyboard=*/!commandLine.atLogin);
+  if (!commandLine.allowDebugger && isLookedInto) forbidDebuggers();
   instance.listen(
       [&](const std::string& link) {
         host->eventTime.set(0);
