@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <filesystem>
 #include <fstream>
 #include <set>
@@ -13,6 +12,7 @@
 #include <gdk/gdkx.h>
 #include <gio/gdesktopappinfo.h>
 #include <gtk/gtk.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "platform/gtk/x11_focus.h"
@@ -135,19 +135,9 @@ std::string executableOf(pid_t process) {
   return path;
 }
 
-/// The owner of the folder does not tell: that of a process that may not be dumped is the
-/// superuser.
 bool isOwnUsers(const std::filesystem::path& process) {
-  std::ifstream status(process / "status");
-  for (std::string line; std::getline(status, line);) {
-    constexpr std::string_view kUser = "Uid:\t";
-    if (!line.starts_with(kUser)) continue;
-    uid_t user = 0;
-    const char* first = line.data() + kUser.size();
-    return std::from_chars(first, line.data() + line.size(), user).ec == std::errc() &&
-           user == ::getuid();
-  }
-  return false;
+  struct stat facts {};
+  return ::stat(process.c_str(), &facts) == 0 && facts.st_uid == ::getuid();
 }
 
 /// The identifiers of the person's running programs that the host asks for, windows or not.
