@@ -3,14 +3,15 @@
 #include <X11/Xlib.h>
 #include <unistd.h>
 
+#include "platform/gtk/journal_log.h"
 #include "platform/linux/command_line.h"
-#include "platform/log.h"
 
 namespace norvane {
 
 void endWithDisplay() {
   XSetIOErrorHandler([](Display*) -> int {
-    NSLog("[Norvane] the display has gone away");
+    // At the end of the process the platform, and with it NSLog, may be gone before the display is.
+    JournalLog().write("[Norvane] the display has gone away");
     ::_exit(kExitNoDesktop);
   });
 }
