@@ -85,7 +85,8 @@ int runGtk(const CommandLine& commandLine, const MainInterface& mainInterface) {
   const auto bus = sessionBus();
   SingleInstance instance(kApplicationId);
   if (instance.isSecond()) {
-    instance.handOver(commandLine.links);
+    // A session that starts what runs already is no person who wants to see it.
+    if (!commandLine.atLogin || !commandLine.links.empty()) instance.handOver(commandLine.links);
     gdk_notify_startup_complete();
     return 0;
   }
