@@ -20,7 +20,8 @@ DatabaseCredentialStore::Conduct conductWhen(bool isEnabled) {
 
 GtkPlatform::GtkPlatform(const std::string& dataDirectory, Dispatch& dispatch, Log& log,
                          std::function<void()> quit)
-    : fileManager(dataDirectory),
+    : bundle(log),
+      fileManager(dataDirectory),
       keychain(dispatch),
       userDefaults(dataDirectory + "/user-defaults.json", log),
       credentialStore(

@@ -6,6 +6,7 @@
 
 #include "platform/console/scripted_ui.h"
 #include "platform/gtk/autostart_entry.h"
+#include "platform/gtk/desktop_bundle.h"
 #include "platform/gtk/event_time.h"
 #include "platform/gtk/gtk_desktop.h"
 #include "platform/gtk/gtk_graphics.h"
@@ -18,7 +19,6 @@
 #include "platform/gtk/x11_workspace.h"
 #include "platform/linux/database_credential_store.h"
 #include "platform/linux/json_user_defaults.h"
-#include "platform/linux/linux_bundle.h"
 #include "platform/linux/linux_file_manager.h"
 #include "platform/linux/openssl_crypto.h"
 #include "platform/linux/process.h"
@@ -37,7 +37,7 @@ struct GtkPlatform {
 
   EventTime eventTime;
   LinuxDynamicLoader loader;
-  LinuxBundle bundle;
+  DesktopBundle bundle;
   LinuxFileManager fileManager;
   OpenSslCrypto crypto;
   SecretServiceKeychain keychain;
