@@ -1,6 +1,7 @@
 """A program that shares the desktop with the host, for the tour and the tests.
 
 Usage: other_application.py editor       a window that says which keys it gets
+       other_application.py window NAME  a window of that class, with a red icon
        other_application.py hotkey       holds Super+backslash for itself
        other_application.py watcher      the desktop's place for status items; "click" clicks the
                                          one that registered last
@@ -14,7 +15,7 @@ import gi
 
 gi.require_version("Gtk", "3.0")
 gi.require_version("Gdk", "3.0")
-from gi.repository import Gdk, Gio, GLib, Gtk  # noqa: E402
+from gi.repository import Gdk, GdkPixbuf, Gio, GLib, Gtk  # noqa: E402
 
 WATCHER = """<node><interface name="org.kde.StatusNotifierWatcher">
   <method name="RegisterStatusNotifierItem"><arg type="s" direction="in"/></method>
@@ -35,6 +36,14 @@ def editor():
     window.connect("focus-out-event", lambda *_: say("has lost the keyboard"))
     window.move(20, 560)
     window.present()
+
+
+def window():
+    Gdk.set_program_class(sys.argv[2])
+    icon = GdkPixbuf.Pixbuf.new(GdkPixbuf.Colorspace.RGB, True, 8, 2, 2)
+    icon.fill(0xFF0000FF)
+    Gtk.Window(icon=icon).show()
+    say("ready")
 
 
 def hotkey():
@@ -76,5 +85,5 @@ def watcher():
 
 
 signal.signal(signal.SIGINT, signal.SIG_DFL)
-kept = {"editor": editor, "hotkey": hotkey, "watcher": watcher}[sys.argv[1]]()
+kept = {"editor": editor, "window": window, "hotkey": hotkey, "watcher": watcher}[sys.argv[1]]()
 Gtk.main()

@@ -4,7 +4,6 @@
 #include <string>
 #include <vector>
 
-#include "other_program.h"
 #include "platform/gtk/gtk_pasteboard.h"
 #include "platform/headless/headless_services.h"
 #include "real_desktop.h"

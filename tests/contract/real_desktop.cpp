@@ -5,6 +5,8 @@
 #include <X11/extensions/XTest.h>
 #include <gtk/gtk.h>
 
+#include "platform/linux/glib_handles.h"
+
 namespace norvane {
 namespace {
 
@@ -33,6 +35,32 @@ bool await(const std::function<bool()>& condition) {
   return holds;
 }
 
+std::optional<std::string> outputOf(std::vector<const char*> command) {
+  command.push_back(nullptr);
+  const GObjectPtr<GSubprocess> program(
+      g_subprocess_newv(command.data(),
+                        static_cast<GSubprocessFlags>(G_SUBPROCESS_FLAGS_STDOUT_PIPE |
+                                                      G_SUBPROCESS_FLAGS_STDERR_SILENCE),
+                        nullptr));
+  GBytes* output = nullptr;
+  const auto ended = +[](GObject* ran, GAsyncResult* result, gpointer to) {
+    g_subprocess_communicate_finish(G_SUBPROCESS(ran), result, static_cast<GBytes**>(to), nullptr,
+                                    nullptr);
+  };
+  g_subprocess_communicate_async(program.get(), nullptr, nullptr, ended, &output);
+  const auto hasEnded = [&] { return output != nullptr; };
+  if (!await(hasEnded)) {
+    g_subprocess_force_exit(program.get());
+    await(hasEnded);
+    ADD_FAILURE() << command.front() << " had to be ended";
+  }
+  const std::unique_ptr<GBytes, Deleter<g_bytes_unref>> owned(output);
+  if (!output || !g_subprocess_get_successful(program.get())) return std::nullopt;
+  gsize size = 0;
+  const auto* text = static_cast<const char*>(g_bytes_get_data(output, &size));
+  return std::string(text ? text : "", size);
+}
+
 OtherClient::OtherClient() : display_(XOpenDisplay(nullptr)) {
   if (!display_) throw std::runtime_error("no display; run the tests with tools/with-desktop");
 }
@@ -49,13 +77,6 @@ void OtherClient::press(unsigned keyCode, std::initializer_list<unsigned> modifi
   key(keyCode, true);
   key(keyCode, false);
   for (const unsigned modifier : modifierKeys) key(modifier, false);
-}
-
-void OtherClient::click(int x, int y) {
-  XTestFakeMotionEvent(display_, -1, x, y, CurrentTime);
-  XTestFakeButtonEvent(display_, 1, True, CurrentTime);
-  XTestFakeButtonEvent(display_, 1, False, CurrentTime);
-  XSync(display_, False);
 }
 
 }  // namespace norvane

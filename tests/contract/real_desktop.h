@@ -2,6 +2,9 @@
 
 #include <functional>
 #include <initializer_list>
+#include <optional>
+#include <string>
+#include <vector>
 
 #include <gtest/gtest.h>  // ahead of Xlib, whose macros it cannot bear
 
@@ -12,6 +15,9 @@ namespace norvane {
 /// Turns the main loop until `condition` holds; false after ten seconds, which no healthy run
 /// takes.
 bool await(const std::function<bool()>& condition);
+
+/// What another program writes while the main loop turns; nothing when it fails.
+std::optional<std::string> outputOf(std::vector<const char*> command);
 
 /// Another application on the same display: a connection of its own to the X server, and the
 /// person's keyboard and mouse, by XTest.
@@ -26,8 +32,6 @@ class OtherClient {
   /// an evdev keyboard.
   void press(unsigned keyCode, std::initializer_list<unsigned> modifierKeys = {});
   void key(unsigned keyCode, bool down);
-  /// Left button, in pixels from the top left of the screen.
-  void click(int x, int y);
 
  private:
   _XDisplay* display_;

@@ -14,11 +14,11 @@
 #include <libsecret/secret.h>
 
 #include "platform/gtk/autostart_entry.h"
-#include "platform/gtk/glib_handles.h"
 #include "platform/gtk/secret_service_keychain.h"
 #include "platform/headless/headless_keychain.h"
 #include "platform/headless/headless_services.h"
 #include "platform/linux/glib_dispatch.h"
+#include "platform/linux/glib_handles.h"
 
 namespace norvane {
 namespace {

@@ -5,7 +5,6 @@
 #include <string>
 #include <vector>
 
-#include "other_program.h"
 #include "platform/gtk/gtk_graphics.h"
 #include "platform/gtk/gtk_status_bar.h"
 #include "platform/headless/headless_status_bar.h"

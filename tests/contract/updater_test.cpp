@@ -12,10 +12,10 @@
 #include <gtest/gtest.h>
 #include <gtk/gtk.h>
 
-#include "platform/gtk/glib_handles.h"
 #include "platform/gtk/gtk_updater.h"
 #include "platform/gtk/update_feed.h"
 #include "platform/linux/glib_dispatch.h"
+#include "platform/linux/glib_handles.h"
 #include "real_desktop.h"
 
 namespace norvane {

@@ -6,12 +6,11 @@
 
 #include <gtk/gtk.h>
 
-#include "other_program.h"
 #include "platform/gtk/event_time.h"
-#include "platform/gtk/glib_handles.h"
 #include "platform/gtk/x11_workspace.h"
 #include "platform/headless/headless_platform.h"
 #include "platform/linux/glib_dispatch.h"
+#include "platform/linux/glib_handles.h"
 #include "platform/linux/stderr_log.h"
 #include "real_desktop.h"
 
@@ -45,25 +44,13 @@ std::string front(const NSWorkspace& workspace) {
          application->localizedName.value_or("-");
 }
 
-constexpr const char* kOtherApplication = R"(
-import sys, gi
-gi.require_version("Gdk", "3.0")
-gi.require_version("Gtk", "3.0")
-from gi.repository import Gdk, GdkPixbuf, Gtk
-Gdk.set_program_class(sys.argv[1])
-icon = GdkPixbuf.Pixbuf.new(GdkPixbuf.Colorspace.RGB, True, 8, 2, 2)
-icon.fill(0xFF0000FF)
-window = Gtk.Window(icon=icon)
-window.show()
-Gtk.main())";
-
 void end(GSubprocess* process) {
   g_subprocess_force_exit(process);
   g_subprocess_wait(process, nullptr, nullptr);
   g_object_unref(process);
 }
-using OtherProcess = std::unique_ptr<GSubprocess, GlibDeleter<end>>;
-using OwnWindow = std::unique_ptr<GtkWidget, GlibDeleter<gtk_widget_destroy>>;
+using OtherProcess = std::unique_ptr<GSubprocess, Deleter<end>>;
+using OwnWindow = std::unique_ptr<GtkWidget, Deleter<gtk_widget_destroy>>;
 
 OwnWindow ownWindow(bool isPanel) {
   OwnWindow window(gtk_window_new(GTK_WINDOW_TOPLEVEL));
@@ -92,7 +79,7 @@ class RealSession {
           << "StartupWMClass=Class\nName=" << *application.name;
     }
     programs_.emplace_back(g_subprocess_new(G_SUBPROCESS_FLAGS_NONE, nullptr, "/usr/bin/python3",
-                                            "-c", kOtherApplication,
+                                            NORVANE_TOOLS "/other_application.py", "window",
                                             id ? "Class" : application.name->c_str(), nullptr));
     awaitInFront(*application.name);
   }
@@ -153,7 +140,7 @@ unsigned long claim(const char* property) {
   guchar* window = nullptr;
   gdk_property_get(gdk_get_default_root_window(), gdk_atom_intern(property, FALSE), GDK_NONE, 0, 4,
                    FALSE, nullptr, nullptr, nullptr, &window);
-  const std::unique_ptr<guchar, GlibDeleter<g_free>> owned(window);
+  const std::unique_ptr<guchar, Deleter<g_free>> owned(window);
   return window ? *reinterpret_cast<unsigned long*>(window) : 0;
 }
 

@@ -1,8 +1,6 @@
 #include "platform/console/json_members.h"
 
-#include <memory>
-
-#include <glib.h>
+#include "platform/linux/glib_handles.h"
 
 namespace norvane {
 
@@ -33,8 +31,7 @@ void member(JsonWriter& writer, const char* key, std::int64_t value) {
 }
 
 void base64Member(JsonWriter& writer, const char* key, std::span<const std::uint8_t> bytes) {
-  const std::unique_ptr<char, decltype(&g_free)> text(g_base64_encode(bytes.data(), bytes.size()),
-                                                      g_free);
+  const GTextPtr text(g_base64_encode(bytes.data(), bytes.size()));
   member(writer, key, text.get());
 }
 

@@ -9,8 +9,8 @@
 
 #include <glib.h>
 
-#include "platform/gtk/glib_handles.h"
 #include "platform/linux/atomic_file.h"
+#include "platform/linux/glib_handles.h"
 
 namespace norvane {
 namespace {

@@ -3,7 +3,7 @@
 #include <map>
 #include <string>
 
-#include "platform/gtk/glib_handles.h"
+#include "platform/linux/glib_handles.h"
 
 struct _GAppInfoMonitor;
 struct _GDesktopAppInfo;

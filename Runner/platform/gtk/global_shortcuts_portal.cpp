@@ -20,7 +20,7 @@ constexpr const char* kShortcuts = "org.freedesktop.portal.GlobalShortcuts";
 constexpr auto kPatience = std::chrono::seconds(2);
 constexpr EventHotKeyRef kHotKeyRef = 1;  // there is one at a time
 
-using ContextPtr = std::unique_ptr<GMainContext, GlibDeleter<g_main_context_unref>>;
+using ContextPtr = std::unique_ptr<GMainContext, Deleter<g_main_context_unref>>;
 
 int millisecondsUntil(Clock::time_point time) {
   const auto left = std::chrono::ceil<std::chrono::milliseconds>(time - Clock::now()).count();

@@ -7,7 +7,7 @@
 #include <gio/gio.h>
 
 #include "platform/gtk/event_time.h"
-#include "platform/gtk/glib_handles.h"
+#include "platform/linux/glib_handles.h"
 #include "platform/gtk/hot_key_handler.h"
 
 namespace norvane {

@@ -8,7 +8,7 @@
 
 #include <libsecret/secret.h>
 
-#include "platform/gtk/glib_handles.h"
+#include "platform/linux/glib_handles.h"
 
 namespace norvane {
 namespace {
@@ -17,8 +17,8 @@ using Clock = std::chrono::steady_clock;
 constexpr auto kMainThreadLimit = std::chrono::seconds(2);
 constexpr auto kWorkerLimit = std::chrono::seconds(10);
 
-using AttributesPtr = std::unique_ptr<GHashTable, GlibDeleter<g_hash_table_unref>>;
-using SecretPtr = std::unique_ptr<SecretValue, GlibDeleter<secret_value_unref>>;
+using AttributesPtr = std::unique_ptr<GHashTable, Deleter<g_hash_table_unref>>;
+using SecretPtr = std::unique_ptr<SecretValue, Deleter<secret_value_unref>>;
 using ItemPtr = GObjectPtr<SecretItem>;
 
 constexpr const char* kService = "service";
@@ -231,9 +231,9 @@ class SecretServiceKeychain::Session {
     return collection && secret_collection_get_locked(collection.get());
   }
 
-  std::unique_ptr<GMainContext, GlibDeleter<g_main_context_unref>> context_;
+  std::unique_ptr<GMainContext, Deleter<g_main_context_unref>> context_;
   GObjectPtr<GCancellable> cancellable_;
-  std::unique_ptr<GSource, GlibDeleter<g_source_unref>> timer_;
+  std::unique_ptr<GSource, Deleter<g_source_unref>> timer_;
   GObjectPtr<SecretService> service_;
 };
 

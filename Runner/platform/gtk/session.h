@@ -2,7 +2,7 @@
 
 #include <gio/gio.h>
 
-#include "platform/gtk/glib_handles.h"
+#include "platform/linux/glib_handles.h"
 
 namespace norvane {
 

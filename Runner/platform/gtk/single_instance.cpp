@@ -4,8 +4,8 @@
 
 #include <gio/gio.h>
 
-#include "platform/gtk/glib_handles.h"
 #include "platform/gtk/journal_log.h"
+#include "platform/linux/glib_handles.h"
 
 namespace norvane {
 

@@ -5,14 +5,14 @@
 #include <gdk/gdk.h>
 #include <pango/pangocairo.h>
 
-#include "platform/gtk/glib_handles.h"
+#include "platform/linux/glib_handles.h"
 
 namespace norvane {
 namespace {
 
-using CairoSurfacePtr = std::unique_ptr<cairo_surface_t, GlibDeleter<cairo_surface_destroy>>;
-using CairoPtr = std::unique_ptr<cairo_t, GlibDeleter<cairo_destroy>>;
-using FontPtr = std::unique_ptr<PangoFontDescription, GlibDeleter<pango_font_description_free>>;
+using CairoSurfacePtr = std::unique_ptr<cairo_surface_t, Deleter<cairo_surface_destroy>>;
+using CairoPtr = std::unique_ptr<cairo_t, Deleter<cairo_destroy>>;
+using FontPtr = std::unique_ptr<PangoFontDescription, Deleter<pango_font_description_free>>;
 
 /// White with a dark rim: nobody says which colour the status bar has.
 Pixbuf drawnText(const std::string& text, int side) {

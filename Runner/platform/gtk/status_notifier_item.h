@@ -3,7 +3,7 @@
 #include <functional>
 #include <string>
 
-#include "platform/gtk/glib_handles.h"
+#include "platform/linux/glib_handles.h"
 #include "platform/gtk/status_item_content.h"
 
 struct _GCancellable;

@@ -13,6 +13,7 @@
 
 #include <curl/curl.h>
 
+#include "platform/linux/glib_handles.h"
 #include "platform/linux/json.h"
 
 namespace norvane {
@@ -30,16 +31,9 @@ class FeedError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-template <auto Free>
-struct CurlDeleter {
-  template <class T>
-  void operator()(T* object) const {
-    Free(object);
-  }
-};
-using UrlPtr = std::unique_ptr<CURLU, CurlDeleter<curl_url_cleanup>>;
-using EasyPtr = std::unique_ptr<CURL, CurlDeleter<curl_easy_cleanup>>;
-using MultiPtr = std::unique_ptr<CURLM, CurlDeleter<curl_multi_cleanup>>;
+using UrlPtr = std::unique_ptr<CURLU, Deleter<curl_url_cleanup>>;
+using EasyPtr = std::unique_ptr<CURL, Deleter<curl_easy_cleanup>>;
+using MultiPtr = std::unique_ptr<CURLM, Deleter<curl_multi_cleanup>>;
 
 /// Null when the text is no address.
 UrlPtr parseUrl(const std::string& text) {
@@ -53,7 +47,7 @@ UrlPtr parseUrl(const std::string& text) {
 std::string partOf(const UrlPtr& url, CURLUPart part, unsigned flags = 0) {
   char* text = nullptr;
   curl_url_get(url.get(), part, &text, flags);
-  const std::unique_ptr<char, CurlDeleter<curl_free>> owned(text);
+  const std::unique_ptr<char, Deleter<curl_free>> owned(text);
   return text ? text : "";
 }
 

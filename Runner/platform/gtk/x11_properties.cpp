@@ -6,13 +6,13 @@
 #include <X11/Xlib.h>
 #include <gdk/gdkx.h>
 
-#include "platform/gtk/glib_handles.h"
+#include "platform/linux/glib_handles.h"
 
 namespace norvane {
 namespace {
 
 struct Property {
-  std::unique_ptr<unsigned char, GlibDeleter<XFree>> items;
+  std::unique_ptr<unsigned char, Deleter<XFree>> items;
   unsigned long count = 0;
 };
 

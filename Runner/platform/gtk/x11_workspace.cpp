@@ -60,7 +60,7 @@ std::vector<XWindow> children(XWindow window, XWindow& parent) {
   unsigned count = 0;
   parent = 0;
   if (XQueryTree(xDisplay(), window, &rootOfTree, &parent, &found, &count) == 0) return {};
-  const std::unique_ptr<XWindow, GlibDeleter<XFree>> owned(found);
+  const std::unique_ptr<XWindow, Deleter<XFree>> owned(found);
   return {found, found + count};
 }
 

@@ -2,7 +2,7 @@
 
 #include <functional>
 
-#include "platform/gtk/glib_handles.h"
+#include "platform/linux/glib_handles.h"
 #include "platform/gtk/status_item_content.h"
 
 struct _GtkStatusIcon;

@@ -13,6 +13,7 @@
 #include <sys/stat.h>
 
 #include "platform/linux/atomic_file.h"
+#include "platform/linux/glib_handles.h"
 #include "platform/linux/json.h"
 
 namespace norvane {
@@ -91,10 +92,8 @@ std::string KeychainDirectory::pathOf(const KeychainQuery& item) const {
   // Any text may name an item; its file's name is a digest of it.
   std::string name = item.service + '\0' + item.account + '\0';
   if (item.accessGroup) name += *item.accessGroup + '\0';
-  const std::unique_ptr<char, decltype(&g_free)> digest(
-      g_compute_checksum_for_data(G_CHECKSUM_SHA256, reinterpret_cast<const guchar*>(name.data()),
-                                  name.size()),
-      g_free);
+  const GTextPtr digest(g_compute_checksum_for_data(
+      G_CHECKSUM_SHA256, reinterpret_cast<const guchar*>(name.data()), name.size()));
   return path_ + '/' + digest.get();
 }
 

@@ -7,22 +7,14 @@
 #include <glib.h>
 
 #include "platform/linux/data_directory.h"
+#include "platform/linux/glib_handles.h"
 #include "platform/utf8.h"
 
 namespace norvane {
 namespace {
 
-template <auto Free>
-struct Deleter {
-  template <class T>
-  void operator()(T* object) const {
-    Free(object);
-  }
-};
-using Text = std::unique_ptr<char, Deleter<g_free>>;
 using Context = std::unique_ptr<GOptionContext, Deleter<g_option_context_free>>;
 using Arguments = std::unique_ptr<char*, Deleter<g_strfreev>>;
-using Error = std::unique_ptr<GError, Deleter<g_error_free>>;
 
 CommandLine ended(int exitStatus) {
   CommandLine commandLine;
@@ -36,7 +28,7 @@ CommandLine usageError(const std::string& message) {
 }
 
 bool isLink(const char* argument) {
-  const Text scheme(g_uri_parse_scheme(argument));
+  const GTextPtr scheme(g_uri_parse_scheme(argument));
   return scheme && g_ascii_strcasecmp(scheme.get(), "norvane") == 0;
 }
 
@@ -88,16 +80,16 @@ CommandLine parseCommandLine(int argc, char** argv) {
   GError* raised = nullptr;
   const bool parsed = g_option_context_parse_strv(context.get(), &remaining, &raised);
   arguments.reset(remaining);
-  const Error error(raised);
-  const Text platformName(platformArgument);
-  const Text profile(profileArgument);
-  const Text directory(directoryArgument);
+  const GErrorPtr error(raised);
+  const GTextPtr platformName(platformArgument);
+  const GTextPtr profile(profileArgument);
+  const GTextPtr directory(directoryArgument);
 
-  const Text ui(uiArgument);
+  const GTextPtr ui(uiArgument);
 
   if (!parsed) return usageError(error->message);
   if (help) {
-    const Text text(g_option_context_get_help(context.get(), TRUE, nullptr));
+    const GTextPtr text(g_option_context_get_help(context.get(), TRUE, nullptr));
     std::fputs(text.get(), stdout);
     return ended(0);
   }

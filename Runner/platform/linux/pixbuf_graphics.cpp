@@ -5,6 +5,7 @@
 
 #include <gdk-pixbuf/gdk-pixbuf.h>
 
+#include "platform/linux/glib_handles.h"
 #include "platform/linux/lazy_library.h"
 
 namespace norvane {
@@ -111,7 +112,7 @@ std::optional<std::vector<std::uint8_t>> Pixbuf::png() const {
   if (!LibPixbuf::instance().save(pixbuf_, &data, &size, "png", nullptr, nullptr, nullptr)) {
     return std::nullopt;
   }
-  const std::unique_ptr<gchar, decltype(&g_free)> owned(data, g_free);
+  const GTextPtr owned(data);
   return std::vector<std::uint8_t>(data, data + size);
 }
 
