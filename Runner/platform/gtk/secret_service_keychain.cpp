@@ -16,6 +16,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 constexpr auto kMainThreadLimit = std::chrono::seconds(2);
 constexpr auto kWorkerLimit = std::chrono::seconds(10);
+constexpr auto kLeftAlone = std::chrono::seconds(5);
 
 using AttributesPtr = std::unique_ptr<GHashTable, Deleter<g_hash_table_unref>>;
 using SecretPtr = std::unique_ptr<SecretValue, Deleter<secret_value_unref>>;
@@ -246,12 +247,13 @@ OSStatus SecretServiceKeychain::answer(const KeychainQuery& query,
   }
   const auto deadline = Clock::now() + (dispatch_.isMainThread() ? kMainThreadLimit : kWorkerLimit);
   const std::unique_lock lock(mutex_, deadline);
-  if (!lock) return errSecInteractionNotAllowed;
+  if (!lock || Clock::now() < leftAloneUntil_) return errSecInteractionNotAllowed;
   try {
     Session session(deadline);
     session.open();
     return call(session);
   } catch (const Failure& failure) {
+    if (Clock::now() >= deadline) leftAloneUntil_ = Clock::now() + kLeftAlone;
     return failure.status;
   }
 }
