@@ -30,12 +30,10 @@ struct World {
 
 struct HeadlessWorld : World {
   HeadlessPlatform host{Profile{}, directory, dispatch, log, [] {}};
-  bool hasKeyboard(const NSWindow& window) { return host.desktop.isKey(window); }
 };
 
 struct RealWorld : World {
   GtkPlatform host{directory, dispatch, log, [] {}};
-  bool hasKeyboard(const NSWindow& window) { return host.desktop.isKey(window); }
 };
 
 template <class Kind>
@@ -45,6 +43,7 @@ class WindowContract : public testing::Test, public Kind {
   std::shared_ptr<Window> make(NSWindowStyleMask mask) {
     return this->host.application.template makeWindow<Window>(NSRect{{100, 100}, {400, 300}}, mask);
   }
+  bool hasKeyboard(const NSWindow& window) { return this->host.desktop.isKey(window); }
   static constexpr NSWindowStyleMask kOrdinary =
       NSWindowStyleMaskTitled | NSWindowStyleMaskClosable | NSWindowStyleMaskResizable;
 };

@@ -81,16 +81,13 @@ TEST_F(ServicesTest, EachKindOfInputEndsTheIdleTime) {
     return std::stod(reply.substr(8));
   };
   using Clock = std::chrono::steady_clock;
-  const auto secondsSince = [](Clock::time_point then) {
-    return std::chrono::duration<double>(Clock::now() - then).count();
-  };
   for (const CGEventType type : {5u, 1u, 3u, 25u, 10u, 22u, 6u, 7u}) {
     const double before = idle();
     while (idle() <= before) continue;  // the clock moves on
     const auto at = Clock::now();
     host().eventSource.input(type);
     const double after = idle();
-    EXPECT_LE(after, secondsSince(at)) << "type " << type;
+    EXPECT_LE(after, std::chrono::duration<double>(Clock::now() - at).count()) << "type " << type;
   }
   const double before = idle();
   host().eventSource.input(11);  // a key released
