@@ -66,7 +66,7 @@ def install_entries():
             file.write(text)
     with open(os.path.join(DATA, "applications/org.example.Editor.desktop"), "w",
               encoding="utf-8") as file:
-        file.write("[Desktop Entry]\nType=Application\nName=Editor\nExec=editor\n"
+        file.write("[Desktop Entry]\nType=Application\nName=Editor\nExec=true\n"
                    "Icon=accessories-text-editor\nStartupWMClass=org.example.Editor\n")
     desktop.output_of("update-desktop-database", os.path.join(DATA, "applications"))
     desktop.output_of("gio", "mime", "x-scheme-handler/norvane", f"{ID}.desktop")
