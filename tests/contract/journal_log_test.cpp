@@ -51,7 +51,9 @@ namespace {
 }
 
 TEST(JournalLogTest, ARecordIsOneLineInTheJournalOrOnStandardErrorAndOnATerminalInBoth) {
-  if (::geteuid() != 0) GTEST_SKIP() << "only root has a /run of its own";
+  if (std::system("unshare --mount true 2>/dev/null") != 0) {
+    GTEST_SKIP() << "this process cannot have a /run of its own";
+  }
   EXPECT_EXIT(logEverywhere(), testing::ExitedWithCode(0), "");
 }
 
