@@ -36,10 +36,6 @@ def press(*keys):
     output_of("xdotool", "key", "--clearmodifiers", *keys)
 
 
-def type_text(text):
-    output_of("xdotool", "type", text)
-
-
 def click(x, y):
     output_of("xdotool", "mousemove", str(x), str(y), "click", "1")
 
