@@ -18,18 +18,21 @@ std::string frameRecord(const NSRect& frame) {
 }
 
 std::optional<NSRect> parseFrameRecord(std::string_view record) {
-  std::array<double, 4> values;
+  std::array<double, 8> values;  // the window's frame and the screen's
+  std::size_t count = 0;
   const char* at = record.data();
   const char* const end = at + record.size();
-  for (std::size_t i = 0; i < values.size(); ++i) {
-    if (i > 0 && (at == end || *at++ != ' ')) return std::nullopt;
-    const auto [next, error] = std::from_chars(at, end, values[i]);
-    if (error != std::errc() || !std::isfinite(values[i])) return std::nullopt;
+  while (at != end && count < values.size()) {
+    const auto [next, error] = std::from_chars(at, end, values[count]);
+    if (error != std::errc() || !std::isfinite(values[count])) return std::nullopt;
+    ++count;
     at = next;
+    if (at != end && *at++ != ' ') return std::nullopt;
   }
-  const auto [x, y, width, height] = values;
-  if (at != end || width <= 0 || height <= 0) return std::nullopt;
-  return NSRect{{x, y}, {width, height}};
+  if (at != end || (count != 4 && count != 8)) return std::nullopt;
+  const NSRect frame{{values[0], values[1]}, {values[2], values[3]}};
+  if (frame.size.width <= 0 || frame.size.height <= 0) return std::nullopt;
+  return frame;
 }
 
 }  // namespace norvane

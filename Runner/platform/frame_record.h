@@ -12,7 +12,9 @@ namespace norvane {
 /// separated by blanks.
 std::string frameRecord(const NSRect& frame);
 
-/// Nothing when `record` is anything else than four finite numbers, the last two positive.
+/// Reads also the home system's own records, which go on with the screen's frame and end in a
+/// blank. Nothing when `record` is anything else than four or eight finite numbers, width and
+/// height positive.
 std::optional<NSRect> parseFrameRecord(std::string_view record);
 
 }  // namespace norvane

@@ -1,5 +1,6 @@
 #include "platform/ns_window.h"
 
+#include <optional>
 #include <utility>
 
 #include "platform/flutter/flutter_view_controller.h"
@@ -59,14 +60,9 @@ void NSWindow::setFrameAutosaveName(const std::string& name) {
 }
 
 void NSWindow::setFrameUsingName(const std::string& name) {
-  NSUserDefaults& defaults = platform().userDefaults;
-  const auto record = defaults.stringForKey(frameKey(name));
-  if (!record) return;
-  if (const auto kept = parseFrameRecord(*record)) {
-    native_->setFrame(*kept, /*animate=*/false);
-  } else {
-    defaults.removeObjectForKey(frameKey(name));
-  }
+  const auto record = platform().userDefaults.stringForKey(frameKey(name));
+  const auto kept = record ? parseFrameRecord(*record) : std::nullopt;
+  if (kept) native_->setFrame(*kept, /*animate=*/false);
 }
 
 void NSWindow::frameDidChange() {

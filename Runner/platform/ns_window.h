@@ -67,10 +67,10 @@ class NSWindow : public std::enable_shared_from_this<NSWindow> {
   void setDelegate(std::weak_ptr<NSWindowDelegate> delegate) { delegate_ = std::move(delegate); }
 
   /// While the name is not empty, every change of the frame is kept in the user defaults under
-  /// "NSWindow Frame " and the name. Setting it applies the frame that is kept there, and removes
-  /// a record that is none.
+  /// "NSWindow Frame " and the name. Setting it applies the frame that is kept there.
   void setFrameAutosaveName(const std::string& name);
-  /// Applies the frame that is kept under `name`; nothing happens when none is.
+  /// Applies the frame that is kept under `name`; nothing happens when none is, or the record is
+  /// not understood.
   void setFrameUsingName(const std::string& name);
   const std::string& frameAutosaveName() const { return frameAutosaveName_; }
 
