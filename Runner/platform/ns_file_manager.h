@@ -20,9 +20,13 @@ class NSFileManager {
   virtual void createDirectory(const std::string& path) = 0;
 
   /// Replaces the file at `path` whole: a reader sees the old content or the new, never a part,
-  /// also after a loss of power. A failure leaves the old file and nothing else.
+  /// also after a loss of power. A failure leaves the old file and nothing else. On success the new
+  /// one is there for good; if its directory could not be synced, which is logged, until a loss of
+  /// power.
   virtual void writeAtomically(std::span<const std::uint8_t> data, const std::string& path) = 0;
 
+  /// Removes what is at `path`, as much for good: a directory with its content, a symbolic link and
+  /// not what it leads to. Finding nothing there is a failure.
   virtual void removeItem(const std::string& path) = 0;
 
   /// Where the application group's container lies; nothing when the process has no such group.

@@ -25,6 +25,7 @@ class SyncFaultsTest : public AutoFillTest {
           if (older) expectHealthySync(sealed, "old");
           const auto oldKey = extension.key(sealed);
           keychainCalls.clear();
+          log.take();
           fault.failNth(nth, forGood);
           const std::string reply = autoFill(sealed.method, itemNamed("new"));
           fault.none();
@@ -34,8 +35,11 @@ class SyncFaultsTest : public AutoFillTest {
             EXPECT_GT(nth, 1) << "nothing was called";
             break;
           }
-          check(reply, forGood);
-          if (!forGood) {  // else what cannot be removed stays
+          check(reply, log.take());
+          const bool failed = reply != written(sealed, 1);
+          if (!failed) {
+            EXPECT_EQ(extension.read(sealed), entryNamed(sealed, "new"));
+          } else if (!forGood) {  // else what cannot be removed stays
             EXPECT_EQ(extension.read(sealed), "none");
             EXPECT_EQ(extension.leftovers(), Lines{});
           }
@@ -53,11 +57,11 @@ class SyncFaultsTest : public AutoFillTest {
 
 TEST_F(SyncFaultsTest, EachCallOfTheCryptoAndTheKeychain) {
   for (const Sealed& sealed : {kSnapshot, kPasskeys}) {
-    failEachCall(sealed, cryptoFault, [&](const std::string& reply, bool) {
+    failEachCall(sealed, cryptoFault, [&](const std::string& reply, const Lines&) {
       EXPECT_EQ(reply, failure(sealed, "AES-GCM seal failed"));
       EXPECT_EQ(extension.read(sealed), "none");
     });
-    failEachCall(sealed, keychainFault, [&](const std::string& reply, bool) {
+    failEachCall(sealed, keychainFault, [&](const std::string& reply, const Lines&) {
       EXPECT_EQ(reply, failure(sealed, "keychain status -25308"));
       EXPECT_FALSE(extension.file(sealed)) << "a key that cannot be deleted keeps no file";
     });
@@ -66,14 +70,21 @@ TEST_F(SyncFaultsTest, EachCallOfTheCryptoAndTheKeychain) {
 
 TEST_F(SyncFaultsTest, EachSystemCall) {
   for (const Sealed& sealed : {kSnapshot, kPasskeys}) {
-    for (const int error : {EIO, ENOSPC, EACCES}) {
+    for (const int error : {EIO, ENOSPC, EACCES, EINVAL}) {
       systemFault.error = error;
-      failEachCall(sealed, systemFault, [&](const std::string& reply, bool) {
+      std::size_t tooLate = 0;
+      failEachCall(sealed, systemFault, [&](const std::string& reply, const Lines& logged) {
+        if (reply == written(sealed, 1)) {  // everything is in its place but for a directory's sync
+          EXPECT_EQ(logged.size(), error == EINVAL ? 0U : 1U);
+          ++tooLate;
+          return;
+        }
         // The container's errors carry the path and the system's text, the keychain's its status.
         if (reply == failure(sealed, "keychain status -36")) return;
         EXPECT_TRUE(reply.ends_with(": " + std::string(std::strerror(error)) + ", null")) << reply;
         EXPECT_TRUE(reply.starts_with("error " + sealed.errorCode + ": /")) << reply;
       });
+      EXPECT_GE(tooLate, 8U);
     }
   }
 }
@@ -173,7 +184,11 @@ TEST_F(SyncFaultsTest, WhatStandsInTheWayIsReplacedOrNamedButNeverFollowed) {
         {"", [] {}},
         {"", [&] { std::filesystem::create_symlink(victim, target); }},
         {"", [&] { std::filesystem::create_symlink("dangling", target); }},
-        {target.string() + ": Is a directory", [&] { std::filesystem::create_directory(target); }},
+        {target.string() + ": Is a directory",
+         [&] {
+           std::filesystem::create_directories(target / "inner");
+           std::filesystem::create_symlink(directory.path, target / "inner" / "link");
+         }},
         {support.string() + ": Not a directory",
          [&] {
            std::filesystem::remove_all(support);
@@ -190,6 +205,13 @@ TEST_F(SyncFaultsTest, WhatStandsInTheWayIsReplacedOrNamedButNeverFollowed) {
       EXPECT_EQ(reply, message.empty() ? written(sealed, 1) : failure(sealed, message));
       EXPECT_EQ(extension.key(sealed).has_value(), message.empty());
       EXPECT_EQ(extension.leftovers(), Lines{});
+      if (message.ends_with("Is a directory")) {
+        expectHealthySync(sealed, "1");
+        std::filesystem::remove(target);
+        prepare();
+        EXPECT_EQ(autoFill("clearCredentials"), "success true");
+        EXPECT_FALSE(std::filesystem::exists(target));
+      }
       if (!message.empty()) continue;
       EXPECT_EQ(extension.read(sealed), entryNamed(sealed, "1"));
       EXPECT_EQ(modeOf(target), S_IFREG | 0600U);

@@ -68,8 +68,8 @@ int runGtk(const CommandLine& commandLine, const MainInterface& mainInterface) {
   // and serves none that it may not look into. On a Wayland session the hotkey comes from there.
   const bool isLookedInto = isWaylandSession();
   if (!commandLine.allowDebugger && !isLookedInto) forbidDebuggers();
+  surviveFailedWrites();
   ::umask(S_IRWXG | S_IRWXO);     // whatever is kept is the user's alone
-  std::signal(SIGPIPE, SIG_IGN);  // a reader that goes away is an error of the write
   g_set_prgname(kApplicationId);  // by which desktops find the application's entry
   gdk_set_allowed_backends("x11");
   gdk_set_program_class(kApplicationId);

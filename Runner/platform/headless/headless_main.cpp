@@ -1,6 +1,5 @@
 #include "platform/headless/headless_main.h"
 
-#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <memory>
@@ -38,8 +37,8 @@ Profile readProfile(const std::string& path) {
 int runHeadless(const CommandLine& commandLine, const MainInterface& mainInterface) {
   ensureStandardDescriptors();
   disableCoreDumps();
-  ::umask(S_IRWXG | S_IRWXO);     // whatever is kept is the user's alone
-  std::signal(SIGPIPE, SIG_IGN);  // a reader that goes away is an error of the write
+  surviveFailedWrites();
+  ::umask(S_IRWXG | S_IRWXO);  // whatever is kept is the user's alone
   Profile profile;
   try {
     if (commandLine.desktopProfile) profile = readProfile(*commandLine.desktopProfile);

@@ -133,7 +133,7 @@ bool KeychainDirectory::remove(const KeychainQuery& query) {
     for (const Item& item : find(&query)) paths.push_back(pathOf(item.name));
   }
   bool removed = false;
-  for (const std::string& path : paths) removed = removeFile(path) || removed;
+  for (const std::string& path : paths) removed = removeForGood(path) || removed;
   return removed;
 }
 

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include "platform/linux/file_descriptor.h"
+#include "platform/log.h"
 
 namespace norvane {
 namespace {
@@ -38,11 +39,16 @@ int sync(const FileDescriptor& file) {
   throw std::system_error(error, path);
 }
 
-/// A file that was renamed or removed is so for good only once its directory is.
+/// What was renamed or removed is so for good only once its directory has been synced.
 void syncDirectoryOf(const std::string& path) {
   const FileDescriptor directory = openFile(std::filesystem::path(path).parent_path().c_str(),
                                             O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (!directory || sync(directory) != 0) fail(path, lastError());
+  if (directory && sync(directory) == 0) return;
+  const std::error_code error = lastError();
+  for (const int noSuchThing : {EINVAL, ENOTSUP, EBADF}) {
+    if (error.value() == noSuchThing) return;
+  }
+  NSLog("[Norvane] a loss of power may undo the change of " + path + ": " + error.message());
 }
 
 }  // namespace
@@ -81,10 +87,13 @@ void writeFileAtomically(const std::string& path, std::span<const std::byte> con
   syncDirectoryOf(path);
 }
 
-bool removeFile(const std::string& path) {
+bool removeForGood(const std::string& path) {
   if (::unlink(path.c_str()) != 0) {
     if (errno == ENOENT) return false;
-    fail(path, lastError());
+    if (errno != EISDIR) fail(path, lastError());
+    std::error_code error;
+    std::filesystem::remove_all(path, error);
+    if (error) fail(path, error);
   }
   syncDirectoryOf(path);
   return true;

@@ -10,14 +10,19 @@
 
 namespace norvane {
 
+// A change is for good when the call returns. Where the directory cannot be synced, it has happened
+// all the same, and a machine that loses power may take it back: one log record, unless the file
+// system has no such thing.
+
 /// Replaces the file at `path` whole: a reader, or a machine that loses power, finds the old
 /// content or the new, never a mixture. Mode 0600 whatever the umask; a symbolic link at `path` is
-/// replaced, not followed. Any thread. Throws std::system_error, having removed what it had begun.
+/// replaced, not followed. Any thread. Throws std::system_error, having removed what it had begun;
+/// the old file is there then.
 void writeFileAtomically(const std::string& path, std::span<const std::byte> content);
 
-/// Removes the file at `path`, also for a machine that loses power after; false when there is none.
-/// Throws std::system_error.
-bool removeFile(const std::string& path);
+/// Removes what is at `path`: a directory with its content, a symbolic link and not what it leads
+/// to. False when there is nothing. Any thread. Throws std::system_error.
+bool removeForGood(const std::string& path);
 
 /// Removes what writeFileAtomically has left in `directory` in a process that was killed. Nobody
 /// else may be writing there.

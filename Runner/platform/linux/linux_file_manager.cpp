@@ -50,7 +50,9 @@ void LinuxFileManager::writeAtomically(std::span<const std::uint8_t> data,
 }
 
 void LinuxFileManager::removeItem(const std::string& path) {
-  if (::unlink(path.c_str()) != 0) fail(path);
+  if (removeForGood(path)) return;
+  errno = ENOENT;
+  fail(path);
 }
 
 std::optional<std::string> LinuxFileManager::containerURLForSecurityApplicationGroupIdentifier(

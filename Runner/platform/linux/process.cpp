@@ -1,5 +1,6 @@
 #include "platform/linux/process.h"
 
+#include <csignal>
 #include <cstdlib>
 
 #include <dlfcn.h>
@@ -34,6 +35,10 @@ void ensureStandardDescriptors() {
 void disableCoreDumps() {
   constexpr rlimit kNone{0, 0};
   ::setrlimit(RLIMIT_CORE, &kNone);
+}
+
+void surviveFailedWrites() {
+  for (const int signal : {SIGPIPE, SIGXFSZ}) std::signal(signal, SIG_IGN);
 }
 
 void forbidDebuggers() { ::prctl(PR_SET_DUMPABLE, 0); }

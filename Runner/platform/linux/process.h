@@ -23,6 +23,10 @@ void ensureStandardDescriptors();
 /// Leaves no core file behind: it would hold the vault's secrets.
 void disableCoreDumps();
 
+/// Leaves it to a write to say that it has failed, where a signal would end the process: its reader
+/// has gone away, or the file would outgrow its limit.
+void surviveFailedWrites();
+
 /// Keeps processes of the same user from reading this one's memory or attaching to it.
 void forbidDebuggers();
 
