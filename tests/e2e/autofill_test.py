@@ -4,7 +4,9 @@ import base64
 import os
 import random
 import re
+import resource
 import secrets
+import sqlite3
 import stat
 import subprocess
 import unittest
@@ -75,10 +77,38 @@ class Reading(AutoFillTest):
             for name in ("passwordIdentities", "passkeyIdentities", "keychain"):
                 self.assertEqual((len(after[name]), after[name]), (1, before[name]))
 
+    def test_the_identities_can_be_read_at_any_moment_and_what_is_cleared_is_gone(self):
+        path = os.path.join(self.data, "credential-identities.sqlite")
+        with self.start() as host:
+            self.call(host, "registerCredentials", [item("canary")])
+            with sqlite3.connect(f"file:{path}?mode=ro", uri=True, timeout=0) as reader:
+                reader.execute("BEGIN")
+                for expected in ([("canary",)], []):
+                    self.assertEqual(reader.execute("SELECT record FROM password").fetchall(),
+                                     expected)
+                    self.call(host, "registerCredentials", [item("2")] * 2)
+                    self.assertEqual(host.call(AUTOFILL, "clearCredentials")["value"], True)
+                    if expected:
+                        reader.execute("COMMIT")
+            for file in self.kept("sqlite"):
+                self.assertNotIn(b"canary", read(file), file)
+            os.remove(path)
+            self.call(host, "registerCredentials", [item("3")])
+            self.assertTrue(os.path.exists(path), "written to a file that has gone")
+
+    def test_a_full_quota_is_an_error_of_the_call(self):
+        with self.start() as host:
+            for limit in (10, resource.RLIM_INFINITY):
+                resource.prlimit(host.pid, resource.RLIMIT_FSIZE, (limit, resource.RLIM_INFINITY))
+                for method in (*self.files, "registerCredentials"):
+                    reply = host.call(AUTOFILL, method, arguments={"items": [item("1")]})
+                    self.assertEqual(reply["reply"], "error" if limit == 10 else "success", reply)
+
     def test_a_quit_amid_calls_ends_well(self):
         for _ in range(8):  # sometimes the workers are faster
             with self.start() as host:
-                host.send(*({"channel": AUTOFILL, "method": method} for method in self.files),
+                host.send(*({"channel": AUTOFILL, "method": method} for method in
+                            (*self.files, "registerCredentials", "clearCredentials") * 5),
                           {"desktop": "quit"})
                 status, _, log = host.ended()
             self.assertEqual((status, [line for line in log if "fault" in line]), (0, []))

@@ -6,6 +6,7 @@ import os
 import re
 import shutil
 import signal
+import sqlite3
 import subprocess
 import time
 import unittest
@@ -44,17 +45,15 @@ class Lines(ConsoleTest):
             self.assertEqual(host.state(), before)
 
     def test_a_state_that_cannot_be_read_is_an_error_until_it_can(self):
-        for name, named in [("keychain/stray/x", "directory"),
-                            ("credential-identities.sqlite", "database")]:
-            path = write(os.path.join(self.data, name), "x" * 100)
-            with self.subTest(name), self.start() as host:
-                host.settle()
-                host.send('{"id":1,"desktop":"state"}')
-                error = host.read()
-                self.assertEqual(error.pop("id"), 1)
-                self.assertIn(named, error.pop("error"))
-                shutil.rmtree(os.path.dirname(path)) if "stray" in name else os.remove(path)
-                self.assertEqual((error, host.state()["keychain"]), ({}, []))
+        write(os.path.join(self.data, "keychain/stray/x"), "")
+        with self.start() as host:
+            host.settle()
+            host.send('{"id":1,"desktop":"state"}')
+            error = host.read()
+            self.assertEqual(error.pop("id"), 1)
+            self.assertIn("directory", error.pop("error"))
+            shutil.rmtree(os.path.join(self.data, "keychain/stray"))
+            self.assertEqual((error, host.state()["keychain"]), ({}, []))
 
     def test_settle_holds_back_later_lines_and_quit_drops_them(self):
         with self.start() as host:
@@ -151,15 +150,22 @@ class Start(ConsoleTest):
         self.assertEqual(*(state["userDefaults"] for state in states))
         self.assertEqual(states[1]["windows"][0]["frame"], [810, 400, 940, 600])
 
-    def test_damaged_user_defaults_are_set_aside_with_one_log_line(self):
-        for content in [b"", b"{", b"\xff\xfe", b"[]"]:
-            write(self.defaults, content)
+    def test_what_is_damaged_is_set_aside_with_one_log_line(self):
+        identities = os.path.join(self.data, "credential-identities.sqlite")
+        with sqlite3.connect(self.path("database")) as database:
+            database.execute("CREATE TABLE two (pages)")
+        for path, content in [(self.defaults, b""), (self.defaults, b"{"), (self.defaults, b"[]"),
+                              (self.defaults, b"\xff\xfe"), (identities, b"x" * 5000),
+                              (identities, read(self.path("database"))[:4096])]:
+            write(path, content)
             with self.start() as host:
                 host.settle()
-                self.assertIs(host.state()["userDefaults"]["NorvaneDidSetInitialFrameV4"], True)
+                state = host.state()
+                self.assertIs(state["userDefaults"]["NorvaneDidSetInitialFrameV4"], True)
+                self.assertEqual(state["passwordIdentities"], [])
                 _, _, log = host.quit()
-            self.assertEqual(sum(self.defaults + ".damaged" in line for line in log), 1, log)
-            self.assertEqual(read(self.defaults + ".damaged"), content)
+            self.assertEqual(sum(path + ".damaged" in line for line in log), 1, log)
+            self.assertEqual(read(path + ".damaged"), content)
 
 
 class CoreLibrary(ConsoleTest):

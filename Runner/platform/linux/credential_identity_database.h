@@ -13,7 +13,9 @@ class Database;
 namespace norvane {
 
 /// The registered identities in an SQLite database, each change one transaction. Opened at the
-/// first use. One thread at a time; throws std::exception with SQLite's own words.
+/// first use. Others may read it at any moment: they wait for nothing, and nothing waits for them.
+/// One that is found damaged is renamed to its path + ".damaged", with a log record, and begun
+/// anew. One thread at a time; throws std::exception with SQLite's own words.
 class CredentialIdentityDatabase {
  public:
   explicit CredentialIdentityDatabase(std::string path);
@@ -29,6 +31,11 @@ class CredentialIdentityDatabase {
 
  private:
   SQLite::Database& database();
+  template <class Use>
+  auto use(Use function);
+  template <class Change>
+  void change(Change function);
+  void setAside(const std::string& why);
 
   std::string path_;
   std::unique_ptr<SQLite::Database> database_;
