@@ -7,7 +7,8 @@
 namespace norvane {
 
 /// Runs its tasks on worker threads, one after another, in the order of their submission. Tasks
-/// that were submitted run also when the queue object is gone.
+/// that were submitted run also when the queue object is gone; a quit drops those that have not
+/// begun.
 class SerialQueue {
  public:
   virtual ~SerialQueue() = default;
@@ -15,8 +16,9 @@ class SerialQueue {
   /// Any thread; returns without waiting.
   virtual void async(Task task) = 0;
 
-  /// Waits until the tasks submitted before have finished, then runs `task` on this thread before
-  /// any that is submitted later. Never called by a task of a queue.
+  /// Waits until the tasks submitted before have finished, then runs `task` here before any that is
+  /// submitted later. Main thread, which is not held up for long: tasks that wait for other
+  /// processes then share one limit of time.
   virtual void sync(const std::function<void()>& task) = 0;
 };
 

@@ -15,9 +15,14 @@ from support import AUTOFILL, BUNDLE, EXECUTABLE, ROOT, HostTest, environment, w
 PANEL = "Norvane — Quick Access"
 SYNC = {"channel": AUTOFILL, "method": "syncVaultSnapshot",
         "arguments": {"items": [{"id": "a", "username": "ann", "password": "secret"}]}}
+WRITTEN = {"reply": "success", "value": {"written": 1, "encrypted": True}}
 CLEARED = {"reply": "success", "value": True}
 BUS = """<busconfig><type>session</type><listen>unix:tmpdir=/tmp</listen><policy context="default">
 <allow send_destination="*"/><allow eavesdrop="true"/><allow own="*"/></policy></busconfig>"""  # starts no services
+
+EXPOSED = """<KeePassFile><Meta><CustomData><Item><Key>FDO_SECRETS_EXPOSED_GROUP</Key>
+<Value>{00000000-0000-0000-0000-000000000001}</Value></Item></CustomData></Meta>
+<Root><Group><UUID>AAAAAAAAAAAAAAAAAAAAAQ==</UUID><Name>Root</Name></Group></Root></KeePassFile>"""
 
 
 def refused(status):
@@ -51,10 +56,10 @@ class BareDesktop(HostTest):
                                        "--config-file", write(self.path("bus.conf"), BUS))
         os.environ |= {"DISPLAY": ":" + number, "DBUS_SESSION_BUS_ADDRESS": address}
 
-    def serve(self, *command):
+    def serve(self, *command, password="\n"):
         """Starts a server; returns it and the line by which it says that it takes clients."""
-        with open(write(self.path("password"), "\n"), "rb") as password:  # for one of them
-            server = subprocess.Popen(command, stdin=password, stdout=subprocess.PIPE,
+        with open(write(self.path("password"), password), "rb") as given:  # for keyrings
+            server = subprocess.Popen(command, stdin=given, stdout=subprocess.PIPE,
                                       stderr=subprocess.DEVNULL, text=True)
         self.addCleanup(server.stdout.close)
         self.addCleanup(server.wait)
@@ -114,7 +119,7 @@ class BareDesktop(HostTest):
         self.assert_quick_access(host)
         self.assert_ends_well(host)
 
-    def test_the_keyring_hangs_and_is_locked(self):
+    def test_the_keyring_hangs(self):
         keyring, _ = self.serve("gnome-keyring-daemon", "--foreground", "--components=secrets",
                                 "--unlock")
         desktop.output_of("gdbus", "wait", "--session", "org.freedesktop.secrets")
@@ -123,14 +128,23 @@ class BareDesktop(HostTest):
         host.send({"id": 0} | SYNC)
         self.assert_quick_access(host)  # meanwhile
         os.kill(keyring.pid, signal.SIGCONT)
-        self.assertEqual(host.read_until(lambda line: line.get("id") == 0)["value"],
-                         {"written": 1, "encrypted": True})
-        desktop.output_of("gdbus", "call", "--session", "--dest", "org.freedesktop.secrets",
-                          "--object-path", "/org/freedesktop/secrets", "--method",
-                          "org.freedesktop.Secret.Service.Lock",
-                          "['/org/freedesktop/secrets/collection/login']")
-        self.assertEqual(host.call(**SYNC), refused(-25308))
+        self.assertEqual(host.read_until(lambda line: line.get("id") == 0), {"id": 0} | WRITTEN)
+        self.assert_ends_well(host)
+
+    def test_keepassxc_is_used_while_it_is_open_and_asks_nobody(self):
+        base = self.path("base.kdbx")
+        subprocess.run(["keepassxc-cli", "import", "-p", write(self.path("base.xml"), EXPOSED),
+                        base], input="pw\npw\n", check=True, capture_output=True, text=True)
+        settings = write(self.path("settings"), "[FdoSecrets]\nEnabled=true\n")
+        program = ["keepassxc", "--config", settings, "--localconfig", self.path("local")]
+        self.serve("sh", "-c", 'echo; exec "$0" "$@"', *program, "--pw-stdin", base, password="pw\n")
+        host = self.host()
+        desktop.eventually("an open database", lambda: host.call(**SYNC) == WRITTEN)
+        for _ in range(2):
+            self.assertEqual(host.call(**SYNC), WRITTEN)
         self.assertEqual(host.call(AUTOFILL, "clearCredentials"), CLEARED)
+        desktop.output_of(*program, "--lock")
+        desktop.eventually("a locked one", lambda: host.call(**SYNC) == refused(-25308))
         self.assert_ends_well(host)
 
     def test_processes_of_the_same_user_cannot_look_into_it(self):

@@ -66,6 +66,15 @@ TEST(DispatchThreadsTest, TheEndWaitsForRunningTasksAndDropsTheOthers) {
     });
     begun.wait(false);
     for (int i = 0; i < 100; ++i) dispatch.mainAsync([held] { FAIL() << "nobody runs the loop"; });
+    const auto queue = dispatch.makeSerialQueue();
+    queue->async([&] {
+      begun = false;
+      begun.notify_one();
+      while (!dispatch.isEnding()) std::this_thread::yield();
+      EXPECT_LE(dispatch.mainThreadWaitsSince(), GlibDispatch::Clock::now());
+    });
+    queue->async([held] { FAIL() << "begun after the end"; });
+    begun.wait(true);
   }
   EXPECT_TRUE(finished);
   EXPECT_EQ(held.use_count(), 1);

@@ -18,7 +18,7 @@ DatabaseCredentialStore::Conduct conductWhen(bool isEnabled) {
 
 }  // namespace
 
-GtkPlatform::GtkPlatform(const std::string& dataDirectory, Dispatch& dispatch, Log& log,
+GtkPlatform::GtkPlatform(const std::string& dataDirectory, GlibDispatch& dispatch, Log& log,
                          std::function<void()> quit)
     : bundle(log),
       fileManager(dataDirectory),

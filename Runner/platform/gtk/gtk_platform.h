@@ -30,7 +30,7 @@ namespace norvane {
 /// The services of the real desktop, on one data directory that nobody else uses. Made once the
 /// toolkit runs.
 struct GtkPlatform {
-  GtkPlatform(const std::string& dataDirectory, Dispatch& dispatch, Log& log,
+  GtkPlatform(const std::string& dataDirectory, GlibDispatch& dispatch, Log& log,
               std::function<void()> quit);
   /// Lets the application's windows and delegate go, while there is a platform for them.
   ~GtkPlatform();

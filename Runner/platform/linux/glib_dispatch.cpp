@@ -56,6 +56,13 @@ void runTask(Task& task) {
 
 }  // namespace
 
+GlibDispatch::MainThreadWait::MainThreadWait(GlibDispatch& dispatch)
+    : dispatch_(dispatch), outer_(dispatch.mainThreadWaitsSince_) {
+  dispatch_.mainThreadWaitsSince_ = std::min(outer_, Clock::now());
+}
+
+GlibDispatch::MainThreadWait::~MainThreadWait() { dispatch_.mainThreadWaitsSince_ = outer_; }
+
 GlibDispatch::GlibDispatch() : loop_(g_main_loop_new(nullptr, FALSE)) {
   static GSourceFuncs functions = queueFunctions();
   source_ = g_source_new(&functions, sizeof(QueueSource));
@@ -155,6 +162,7 @@ void GlibDispatch::run() {
 }
 
 void GlibDispatch::endWorkers() {
+  const MainThreadWait wait(*this);
   std::deque<Task> dropped;
   {
     const std::lock_guard lock(workMutex_);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <deque>
 #include <memory>
@@ -19,6 +20,20 @@ namespace norvane {
 /// there is work for them. Made on the main thread, which is the one that calls `run`.
 class GlibDispatch : public Dispatch {
  public:
+  using Clock = std::chrono::steady_clock;
+
+  /// Says for as long as it lives that the main thread waits for workers. Main thread.
+  class MainThreadWait {
+   public:
+    explicit MainThreadWait(GlibDispatch& dispatch);
+    ~MainThreadWait();
+    MainThreadWait(const MainThreadWait&) = delete;
+
+   private:
+    GlibDispatch& dispatch_;
+    const Clock::time_point outer_;
+  };
+
   GlibDispatch();
   ~GlibDispatch() override;
 
@@ -29,12 +44,18 @@ class GlibDispatch : public Dispatch {
   bool isMainThread() const override;
 
   /// Runs the main loop until `quit`, then ends the workers: their running tasks finish, those that
-  /// have not begun are dropped, and nothing that is submitted later runs. Main thread.
+  /// have not begun are dropped, also of serial queues, and nothing that is submitted later runs.
+  /// Main thread.
   void run();
   /// Ends `run` after the current turn, or before its first one; main thread.
   void quit();
   /// Whether nothing is queued, running on a worker, or waiting for its time; main thread.
   bool isQuiet();
+  /// Whether no task may begin any more; any thread.
+  bool isEnding() const { return ending_; }
+  /// Since when the main thread has been waiting for workers, by the outermost wait; the end of
+  /// time while it has not. Any thread: what may take long asks, to take no longer than a wait may.
+  Clock::time_point mainThreadWaitsSince() const { return mainThreadWaitsSince_; }
 
  private:
   bool mainQueueHasTasks();
@@ -57,7 +78,8 @@ class GlibDispatch : public Dispatch {
   std::deque<Task> workTasks_;
   std::size_t idleWorkers_ = 0;
   std::size_t busyWorkers_ = 0;
-  bool ending_ = false;
+  std::atomic<bool> ending_ = false;
+  std::atomic<Clock::time_point> mainThreadWaitsSince_ = Clock::time_point::max();
   std::vector<std::thread> workers_;
 };
 

@@ -5,12 +5,13 @@
 #include <mutex>
 #include <utility>
 
+#include "platform/linux/glib_dispatch.h"
 #include "platform/log.h"
 
 namespace norvane {
 
 struct WorkerSerialQueue::State {
-  explicit State(Dispatch& workers) : dispatch(workers) {}
+  explicit State(GlibDispatch& workers) : dispatch(workers) {}
 
   /// Has a worker run the tasks that wait, or says that the queue is idle; `lock` is held.
   void goOn(const std::shared_ptr<State>& self) {
@@ -25,7 +26,7 @@ struct WorkerSerialQueue::State {
 
   void drain() {
     std::unique_lock lock(mutex);
-    while (!tasks.empty()) {
+    while (!tasks.empty() && !dispatch.isEnding()) {
       Task task = std::move(tasks.front());
       tasks.pop_front();
       lock.unlock();
@@ -41,14 +42,14 @@ struct WorkerSerialQueue::State {
     idle.notify_all();
   }
 
-  Dispatch& dispatch;
+  GlibDispatch& dispatch;
   std::mutex mutex;
   std::condition_variable idle;
   std::deque<Task> tasks;
   bool busy = false;  // somebody runs tasks, or has been asked to
 };
 
-WorkerSerialQueue::WorkerSerialQueue(Dispatch& dispatch)
+WorkerSerialQueue::WorkerSerialQueue(GlibDispatch& dispatch)
     : state_(std::make_shared<State>(dispatch)) {}
 
 void WorkerSerialQueue::async(Task task) {
@@ -65,6 +66,7 @@ void WorkerSerialQueue::async(Task task) {
 }
 
 void WorkerSerialQueue::sync(const std::function<void()>& task) {
+  const GlibDispatch::MainThreadWait wait(state_->dispatch);
   {
     std::unique_lock lock(state_->mutex);
     state_->idle.wait(lock, [this] { return !state_->busy; });

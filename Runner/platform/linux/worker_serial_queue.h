@@ -2,15 +2,16 @@
 
 #include <memory>
 
-#include "platform/dispatch.h"
 #include "platform/serial_queue.h"
 
 namespace norvane {
 
-/// A serial queue on the workers of a dispatch.
+class GlibDispatch;
+
+/// A serial queue on the workers of a dispatch. No task begins once they end.
 class WorkerSerialQueue : public SerialQueue {
  public:
-  explicit WorkerSerialQueue(Dispatch& dispatch);
+  explicit WorkerSerialQueue(GlibDispatch& dispatch);
 
   void async(Task task) override;
   void sync(const std::function<void()>& task) override;
