@@ -2,7 +2,7 @@
 # the host's own headers and the platform's interfaces. ROOT is the Runner folder.
 
 # Not among them: threads, clocks, files, streams and the environment belong to the platform.
-set(STANDARD algorithm|array|bit|charconv|compare|concepts|cstddef|cstdint|exception|functional|initializer_list|iterator|limits|map|memory|numeric|optional|ranges|set|span|stdexcept|string|string_view|system_error|tuple|type_traits|utility|variant|vector)
+set(STANDARD algorithm|array|bit|charconv|compare|concepts|cstddef|cstdint|deque|exception|functional|initializer_list|iterator|limits|map|memory|numeric|optional|ranges|set|span|stdexcept|string|string_view|system_error|tuple|type_traits|utility|variant|vector)
 set(HOST app|autofill|icloud|quick_access|services|storage|window)
 set(ALLOWED "^#include (<(${STANDARD})>|\"(${HOST})/[a-z0-9_]+\\.h\"|\"platform/(flutter/)?[a-z0-9_]+\\.h\")$")
 

@@ -4,6 +4,7 @@
 #include <optional>
 #include <utility>
 #include <variant>
+#include <vector>
 
 #include "autofill/credential_identities.h"
 #include "autofill/passkey_index_sync.h"
@@ -75,12 +76,36 @@ Outcome outcomeOf(const std::optional<std::string>& error, const char* errorCode
   return reply;
 }
 
+/// Hands `identities` to the store's `operation` when the store is enabled, and replies. No other
+/// change of the store comes between the two steps.
+template <class Identity>
+void registerIdentities(Turns& storeTurns, std::vector<Identity> identities, const Result& result,
+                        const char* errorCode,
+                        void (ASCredentialIdentityStore::*operation)(
+                            std::vector<Identity>, ASCredentialIdentityStore::Completion),
+                        FlutterValue (*reply)(std::int64_t saved, bool isEnabled)) {
+  storeTurns.take([=, identities = std::move(identities)](Turns::Turn turn) mutable {
+    auto& store = platform().credentialIdentityStore;
+    store.getCredentialIdentityStoreState(
+        once([=, &store, turn = std::move(turn),
+              identities = std::move(identities)](auto state) mutable {
+          if (!state.isEnabled) return replyOnMain(result, reply(0, false));
+          const auto count = static_cast<std::int64_t>(identities.size());
+          (store.*operation)(
+              std::move(identities), [=, turn = std::move(turn)](bool success, const auto& error) {
+                replyOnMain(result, outcomeOf(error, errorCode, reply(success ? count : 0, true)));
+              });
+        }));
+  });
+}
+
 }  // namespace
 
 AutoFillBridge::AutoFillBridge(const std::shared_ptr<FlutterBinaryMessenger>& messenger)
     : channel("cn.kestrio.norvane.autofill", messenger),
       snapshotQueue_(platform().dispatch.makeSerialQueue()),
-      passkeyQueue_(platform().dispatch.makeSerialQueue()) {}
+      passkeyQueue_(platform().dispatch.makeSerialQueue()),
+      storeTurns_(std::make_shared<Turns>(platform().dispatch)) {}
 
 std::shared_ptr<AutoFillBridge> AutoFillBridge::make(
     const std::shared_ptr<FlutterBinaryMessenger>& messenger) {
@@ -126,43 +151,23 @@ void AutoFillBridge::getState(const Result& result) {
 }
 
 void AutoFillBridge::registerCredentials(const Items& items, const Result& result) {
-  auto& store = platform().credentialIdentityStore;
-  store.getCredentialIdentityStoreState(
-      once([&store, result, identities = passwordIdentitiesOf(items)](const auto& state) mutable {
-        if (!state.isEnabled) {
-          replyOnMain(result, FlutterMap{{"saved", std::int64_t{0}}, {"isEnabled", false}});
-          return;
-        }
-        const auto count = static_cast<std::int64_t>(identities.size());
-        store.replaceCredentialIdentities(
-            std::move(identities), [result, count](bool success, const auto& error) {
-              const std::int64_t saved = success ? count : 0;
-              replyOnMain(result, outcomeOf(error, "autofill_register_failed",
-                                            FlutterMap{{"saved", saved}, {"isEnabled", true}}));
-            });
-      }));
+  registerIdentities(*storeTurns_, passwordIdentitiesOf(items), result, "autofill_register_failed",
+                     &ASCredentialIdentityStore::replaceCredentialIdentities,
+                     [](std::int64_t saved, bool isEnabled) -> FlutterValue {
+                       return FlutterMap{{"saved", saved}, {"isEnabled", isEnabled}};
+                     });
 }
 
 void AutoFillBridge::registerPasskeys(const Items& items, const Result& result) {
+  const auto reply = [](std::int64_t saved, bool /*isEnabled*/) -> FlutterValue {
+    return FlutterMap{{"saved", saved}};
+  };
   if (!platform().processInfo.isOperatingSystemAtLeastVersion({14, 0, 0})) {
-    (*result)(FlutterMap{{"saved", std::int64_t{0}}});
+    (*result)(reply(0, false));
     return;
   }
-  auto& store = platform().credentialIdentityStore;
-  store.getCredentialIdentityStoreState(
-      once([&store, result, identities = passkeyIdentitiesOf(items)](const auto& state) mutable {
-        if (!state.isEnabled) {
-          replyOnMain(result, FlutterMap{{"saved", std::int64_t{0}}});
-          return;
-        }
-        const auto count = static_cast<std::int64_t>(identities.size());
-        store.saveCredentialIdentityEntries(
-            std::move(identities), [result, count](bool success, const auto& error) {
-              const std::int64_t saved = success ? count : 0;
-              replyOnMain(result, outcomeOf(error, "passkey_register_failed",
-                                            FlutterMap{{"saved", saved}}));
-            });
-      }));
+  registerIdentities(*storeTurns_, passkeyIdentitiesOf(items), result, "passkey_register_failed",
+                     &ASCredentialIdentityStore::saveCredentialIdentityEntries, reply);
 }
 
 void AutoFillBridge::syncVaultSnapshot(FlutterMethodCall call, const Result& result) {
@@ -193,10 +198,12 @@ void AutoFillBridge::clearCredentials(const Result& result) {
       PasskeyIndex::clear(group);
     });
   });
-  platform().credentialIdentityStore.removeAllCredentialIdentities(
-      [result](bool success, const auto& error) {
-        replyOnMain(result, outcomeOf(error, "autofill_clear_failed", success));
-      });
+  storeTurns_->take([result](Turns::Turn turn) {
+    platform().credentialIdentityStore.removeAllCredentialIdentities(
+        [result, turn = std::move(turn)](bool success, const auto& error) {
+          replyOnMain(result, outcomeOf(error, "autofill_clear_failed", success));
+        });
+  });
 }
 
 }  // namespace norvane

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "autofill/items.h"
+#include "autofill/turns.h"
 #include "platform/flutter/flutter_method_channel.h"
 #include "platform/serial_queue.h"
 
@@ -12,7 +13,7 @@ namespace norvane {
 /// The host's side of the AutoFill channel: keeps the system's password AutoFill up to date with
 /// the UI's logins and passkeys. Owned by the main window. Called on the main thread; replies there
 /// too, once a call, also for work that fails in a way that nobody foresaw.
-class AutoFillBridge : public std::enable_shared_from_this<AutoFillBridge> {
+class AutoFillBridge {
  public:
   /// Opens the channel on the main engine's messenger and serves it for as long as the bridge
   /// lives.
@@ -38,6 +39,9 @@ class AutoFillBridge : public std::enable_shared_from_this<AutoFillBridge> {
   // the file of another.
   std::shared_ptr<SerialQueue> snapshotQueue_;
   std::shared_ptr<SerialQueue> passkeyQueue_;
+  // Registrations and clears change the credential store in the order of their calls, though a
+  // registration asks it for its state first.
+  std::shared_ptr<Turns> storeTurns_;
 };
 
 }  // namespace norvane

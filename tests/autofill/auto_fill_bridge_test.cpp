@@ -268,22 +268,6 @@ TEST_F(AutoFillBridgeTest, BeforeVersion14PasskeysAreNotRegisteredAndTheReplyIsI
 
 // Order and lifetime
 
-TEST_F(AutoFillBridgeTest, WhoeverClearsLastLeavesNothingBehindBeforeTheStoreAnswers) {
-  credentialStore.held = true;
-  for (const Sealed& sealed : {kSnapshot, kPasskeys}) {
-    send(kAutoFill, sealed.method, itemNamed("1"));
-    send(kAutoFill, sealed.method, itemNamed("2"));
-  }
-  send(kAutoFill, "clearCredentials");
-  EXPECT_EQ(extension.read(kSnapshot), "none");
-  EXPECT_EQ(extension.read(kPasskeys), "none");
-  send(kAutoFill, kSnapshot.method, itemNamed("3"));
-  dispatch.settle();
-  EXPECT_EQ(extension.read(kSnapshot), entryNamed(kSnapshot, "3"));
-  EXPECT_EQ(extension.read(kPasskeys), "none");
-  EXPECT_EQ(takeTranscript().size(), 5U) << "all but the one that waits for the store";
-}
-
 TEST_F(AutoFillBridgeTest, TheStoreMayAnswerLateTwiceOrNever) {
   for (const std::string method :
        {"getState", "registerCredentials", "registerPasskeys", "clearCredentials"}) {

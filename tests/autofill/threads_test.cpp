@@ -80,6 +80,7 @@ TEST(AutoFillThreadsTest, OfOverlappingSyncsAndClearsTheLastDecides) {
   std::thread reader([&] { watch(host.extension, stop, opened); });
   std::mt19937 random(7);
   std::string expected[] = {"none", "none"};
+  std::string registered;
   int sent = 0;
   int answered = 0;
   const auto send = [&](const std::string& method, const std::string& arguments,
@@ -96,12 +97,14 @@ TEST(AutoFillThreadsTest, OfOverlappingSyncsAndClearsTheLastDecides) {
       switch (random() % 8) {
         case 0:
           send("clearCredentials", "null", "success true");
+          registered = "";
           for (int i : {0, 1}) {
             EXPECT_EQ(host.extension.read(kBoth[i]), expected[i] = "none") << "as soon as asked";
           }
           break;
         case 1:
           send("registerCredentials", itemNamed(id), R"(success {"saved":1,"isEnabled":true})");
+          registered = id;
           break;
         case 2:
           send(kPasskeys.method, "null", written(kPasskeys, 0));
@@ -116,6 +119,10 @@ TEST(AutoFillThreadsTest, OfOverlappingSyncsAndClearsTheLastDecides) {
     }
     host.runUntil([&] { return answered == sent; });
     for (int i : {0, 1}) EXPECT_EQ(host.extension.read(kBoth[i]), expected[i]);
+    host.host.credentialStore.inspect([&](CredentialIdentityDatabase& database) {
+      const auto identities = database.passwords();
+      EXPECT_EQ(identities.empty() ? "" : identities.back().recordIdentifier, registered);
+    });
   }
   stop = true;
   reader.join();
