@@ -69,6 +69,17 @@ auto once(Completion completion) {
   };
 }
 
+using TurnPtr = std::shared_ptr<const Turns::Turn>;
+
+/// `completion`, which ends the turn, even where the store keeps it after its answer.
+template <class Completion>
+auto endingTurn(TurnPtr turn, Completion completion) {
+  return [turn = std::move(turn), completion](bool success, const auto& error) mutable {
+    const TurnPtr held = std::move(turn);
+    completion(success, error);
+  };
+}
+
 /// What the store's completion means for the UI: `reply`, or the store's error under `errorCode`.
 Outcome outcomeOf(const std::optional<std::string>& error, const char* errorCode,
                   FlutterValue reply) {
@@ -84,17 +95,18 @@ void registerIdentities(Turns& storeTurns, std::vector<Identity> identities, con
                         void (ASCredentialIdentityStore::*operation)(
                             std::vector<Identity>, ASCredentialIdentityStore::Completion),
                         FlutterValue (*reply)(std::int64_t saved, bool isEnabled)) {
-  storeTurns.take([=, identities = std::move(identities)](Turns::Turn turn) mutable {
+  storeTurns.take([=, identities = std::move(identities)](TurnPtr turn) mutable {
     auto& store = platform().credentialIdentityStore;
     store.getCredentialIdentityStoreState(
         once([=, &store, turn = std::move(turn),
               identities = std::move(identities)](auto state) mutable {
+          TurnPtr held = std::move(turn);
           if (!state.isEnabled) return replyOnMain(result, reply(0, false));
           const auto count = static_cast<std::int64_t>(identities.size());
-          (store.*operation)(
-              std::move(identities), [=, turn = std::move(turn)](bool success, const auto& error) {
-                replyOnMain(result, outcomeOf(error, errorCode, reply(success ? count : 0, true)));
-              });
+          const auto saved = [=](bool success, const auto& error) {
+            replyOnMain(result, outcomeOf(error, errorCode, reply(success ? count : 0, true)));
+          };
+          (store.*operation)(std::move(identities), endingTurn(std::move(held), saved));
         }));
   });
 }
@@ -198,11 +210,12 @@ void AutoFillBridge::clearCredentials(const Result& result) {
       PasskeyIndex::clear(group);
     });
   });
-  storeTurns_->take([result](Turns::Turn turn) {
+  storeTurns_->take([result](TurnPtr turn) {
+    const auto cleared = [result](bool success, const auto& error) {
+      replyOnMain(result, outcomeOf(error, "autofill_clear_failed", success));
+    };
     platform().credentialIdentityStore.removeAllCredentialIdentities(
-        [result, turn = std::move(turn)](bool success, const auto& error) {
-          replyOnMain(result, outcomeOf(error, "autofill_clear_failed", success));
-        });
+        endingTurn(std::move(turn), cleared));
   });
 }
 

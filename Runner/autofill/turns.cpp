@@ -1,34 +1,21 @@
 #include "autofill/turns.h"
 
-#include <cstddef>
 #include <utility>
 
 namespace norvane {
 
 void Turns::take(Call call) {
-  if (waiting_.empty() && turn_.expired()) {
-    call(newTurn());
-  } else {
-    waiting_.push_back(std::move(call));
-    beginNext();
-  }
-}
-
-Turns::Turn Turns::newTurn() {
-  // Let go by the end itself: `turn_` keeps this closure.
-  Turn turn(nullptr, [self = shared_from_this()](std::nullptr_t) mutable {
-    std::exchange(self, nullptr)->end();
-  });
-  turn_ = turn;
-  return turn;
+  waiting_.push_back(std::move(call));
+  beginNext();
 }
 
 void Turns::beginNext() {
   if (waiting_.empty() || !turn_.expired()) return;
-  Turn turn = newTurn();
   Call call = std::move(waiting_.front());
   waiting_.pop_front();
-  call(std::move(turn));
+  const auto turn = std::make_shared<const Turn>(shared_from_this());
+  turn_ = turn;
+  call(turn);
 }
 
 void Turns::end() noexcept {

@@ -2,6 +2,7 @@
 
 #include <deque>
 #include <memory>
+#include <utility>
 
 #include "platform/dispatch.h"
 #include "platform/unique_function.h"
@@ -12,10 +13,18 @@ namespace norvane {
 /// another in their order.
 class Turns : public std::enable_shared_from_this<Turns> {
  public:
-  /// Held by what has the turn. When it is gone, on whatever thread, the next call begins: one that
-  /// is never answered holds up nobody once its completion has been let go.
-  using Turn = std::shared_ptr<const void>;
-  using Call = UniqueFunction<void(Turn turn)>;
+  /// Held by the call whose turn it is. When nobody holds it any more, on whatever thread, the next
+  /// call begins.
+  class Turn {
+   public:
+    explicit Turn(std::shared_ptr<Turns> turns) : turns_(std::move(turns)) {}
+    ~Turn() { turns_->end(); }
+    Turn(const Turn&) = delete;
+
+   private:
+    const std::shared_ptr<Turns> turns_;
+  };
+  using Call = UniqueFunction<void(std::shared_ptr<const Turn> turn)>;
 
   explicit Turns(Dispatch& dispatch) : dispatch_(dispatch) {}
 
@@ -24,13 +33,12 @@ class Turns : public std::enable_shared_from_this<Turns> {
   void take(Call call);
 
  private:
-  Turn newTurn();
   void beginNext();
   void end() noexcept;
 
   Dispatch& dispatch_;
   std::deque<Call> waiting_;
-  std::weak_ptr<const void> turn_;
+  std::weak_ptr<const Turn> turn_;
 };
 
 }  // namespace norvane
