@@ -115,6 +115,7 @@ class BareDesktop(HostTest):
         host = self.host()
         self.assertEqual(host.call(**SYNC), refused(-25291))  # no keyring there
         self.bus.kill()
+        self.bus.wait()
         self.assertEqual(host.call(**SYNC), refused(-25291))
         self.assert_quick_access(host)
         self.assert_ends_well(host)

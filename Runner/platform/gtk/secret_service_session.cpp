@@ -139,10 +139,15 @@ SecretServiceSession::~SecretServiceSession() {
 void SecretServiceSession::open() {
   const auto connected = await([&](auto... done) { g_bus_get(G_BUS_TYPE_SESSION, done...); });
   const GObjectPtr<GDBusConnection> bus(finish(g_bus_get_finish, connected));
-  // Its end is not the process's. Asked of one that has ended, the service's library complains to
-  // standard error.
-  g_dbus_connection_set_exit_on_close(bus.get(), FALSE);
-  if (g_dbus_connection_is_closed(bus.get())) throw Failure{errSecNotAvailable};
+  g_dbus_connection_set_exit_on_close(bus.get(), FALSE);  // its end is not the process's
+  // Over a connection that has ended, the service's library would complain to standard error; that
+  // it has not is known from an answer, not from what has been noticed so far.
+  const auto answered = await([&](auto... done) {
+    g_dbus_connection_call(bus.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus",
+                           "org.freedesktop.DBus.Peer", "Ping", nullptr, nullptr,
+                           G_DBUS_CALL_FLAGS_NONE, -1, done...);
+  });
+  const GVariantPtr nothing(finish(g_dbus_connection_call_finish, answered, bus.get()));
   const auto opened = await([&](auto... done) {
     secret_service_open(serviceType(), nullptr, SECRET_SERVICE_NONE, done...);
   });
