@@ -5,8 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include "base/secure_memory.h"
 #include "platform/flutter/standard_message.h"
-#include "platform/secure_memory.h"
 
 namespace norvane {
 

@@ -1,27 +1,59 @@
-# Fails when a file of the host includes anything beyond the C++ standard library's portable part,
-# the host's own headers and the platform's interfaces. ROOT is the Runner folder.
+# Fails when a file includes what its room may not: another room that the table does not name, or,
+# in the portable rooms, anything beyond the C++ standard library's portable part. ROOT is the Runner
+# folder.
 
+# Each room, and the rooms whose headers it may include beside its own.
+set(ARROWS
+  "base:"
+  "platform:base platform/flutter"
+  "platform/flutter:base platform"
+  "storage:base platform"
+  "autofill:base platform platform/flutter storage"
+  "icloud:platform platform/flutter"
+  "services:platform platform/flutter app quick_access window"
+  "quick_access:platform platform/flutter window"
+  "window:platform platform/flutter autofill icloud services"
+  "app:platform platform/flutter quick_access window"
+  "platform/linux:base platform"
+  "platform/console:base platform platform/flutter platform/linux"
+  "platform/headless:base platform platform/console platform/linux"
+  "platform/session:base platform platform/linux platform/x11"
+  "platform/x11:base platform platform/linux platform/session"
+  "platform/gtk:base platform platform/console platform/linux platform/session platform/x11")
+# These use the platform's libraries.
+set(SYSTEM "^platform/(linux|console|headless|session|x11|gtk)$")
 # Not among them: threads, clocks, files, streams and the environment belong to the platform.
-set(STANDARD algorithm|array|bit|charconv|compare|concepts|cstddef|cstdint|deque|exception|functional|initializer_list|iterator|limits|map|memory|numeric|optional|ranges|set|span|stdexcept|string|string_view|system_error|tuple|type_traits|utility|variant|vector)
-set(HOST app|autofill|icloud|quick_access|services|storage|window)
-set(ALLOWED "^#include (<(${STANDARD})>|\"(${HOST})/[a-z0-9_]+\\.h\"|\"platform/(flutter/)?[a-z0-9_]+\\.h\")$")
+set(STANDARD algorithm|array|bit|charconv|cmath|compare|concepts|cstddef|cstdint|cstdlib|cstring|deque|exception|functional|initializer_list|iterator|limits|map|memory|new|numeric|optional|ranges|set|span|stdexcept|string|string_view|system_error|tuple|type_traits|utility|variant|vector)
 
-file(GLOB_RECURSE FILES ${ROOT}/*.cpp ${ROOT}/*.h)
+file(GLOB_RECURSE FILES RELATIVE ${ROOT} ${ROOT}/*.cpp ${ROOT}/*.h ${ROOT}/*.mm)
 set(FAULTS 0)
 foreach(FILE IN LISTS FILES)
-  file(RELATIVE_PATH NAME ${ROOT} ${FILE})
   # The programs' entries are the places that choose a platform.
-  if(NAME MATCHES "^app/(desktop_)?main.cpp$" OR NOT NAME MATCHES "^(${HOST})/")
+  if(FILE MATCHES "^app/(desktop_)?main.cpp$")
     continue()
   endif()
-  file(STRINGS ${FILE} LINES REGEX "^[ \t]*#")
+  get_filename_component(ROOM ${FILE} DIRECTORY)
+  set(ROW ${ARROWS})
+  list(FILTER ROW INCLUDE REGEX "^${ROOM}:")
+  string(REGEX REPLACE "^[^:]*:" "" ALLOWED "${ROW}")
+  string(REPLACE " " "|" ALLOWED "${ROOM} ${ALLOWED}")
+  set(ALLOWED "\"(${ALLOWED})/[a-z0-9_]+\\.h\"")
+  if(ROOM MATCHES "${SYSTEM}")
+    set(ALLOWED "^#(include (<[^>]*>|${ALLOWED})|pragma|if|ifdef|ifndef|else|endif|define|undef)")
+  else()
+    set(ALLOWED "^#(include (<(${STANDARD})>|${ALLOWED})$|pragma once$)")
+  endif()
+  file(STRINGS ${ROOT}/${FILE} LINES REGEX "^[ \t]*#")
+  if(NOT ROW)
+    list(APPEND LINES "a room that cmake/check_seam.cmake does not name")
+  endif()
   foreach(LINE IN LISTS LINES)
-    if(NOT LINE MATCHES "^#pragma once$" AND NOT LINE MATCHES "${ALLOWED}")
-      message("${NAME}: ${LINE}")
+    if(NOT LINE MATCHES "${ALLOWED}")
+      message("${FILE}: ${LINE}")
       math(EXPR FAULTS "${FAULTS} + 1")
     endif()
   endforeach()
 endforeach()
 if(FAULTS GREATER 0)
-  message(FATAL_ERROR "The host may use the standard library and Runner/platform's interfaces only.")
+  message(FATAL_ERROR "Rooms include each other as cmake/check_seam.cmake has it; the portable ones use the C++ standard library and nothing else.")
 endif()

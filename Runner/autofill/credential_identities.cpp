@@ -3,7 +3,7 @@
 #include <array>
 #include <string>
 
-#include "autofill/base64.h"
+#include "base/base64.h"
 
 namespace norvane {
 

@@ -4,10 +4,10 @@
 #include <cstdint>
 #include <utility>
 
-#include "platform/json_array_writer.h"
 #include "platform/ns_file_manager.h"
 #include "platform/platform.h"
 #include "storage/app_group_snapshot.h"
+#include "storage/json_array_writer.h"
 #include "storage/shared_keychain.h"
 #include "storage/snapshot_crypto.h"
 

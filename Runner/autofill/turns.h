@@ -4,8 +4,8 @@
 #include <memory>
 #include <utility>
 
+#include "base/unique_function.h"
 #include "platform/dispatch.h"
-#include "platform/unique_function.h"
 
 namespace norvane {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/unique_function.h"
+#include "base/unique_function.h"
 
 namespace norvane {
 

@@ -2,8 +2,8 @@
 
 #include <memory>
 
+#include "base/unique_function.h"
 #include "platform/serial_queue.h"
-#include "platform/unique_function.h"
 
 namespace norvane {
 

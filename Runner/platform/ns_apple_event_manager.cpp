@@ -1,6 +1,6 @@
 #include "platform/ns_apple_event_manager.h"
 
-#include "platform/utf8.h"
+#include "base/utf8.h"
 
 namespace norvane {
 

@@ -1,7 +1,7 @@
 #include "platform/platform.h"
 
-#include <cstdio>
 #include <cstdlib>
+#include <stdexcept>
 #include <string>
 
 #include "platform/dispatch.h"
@@ -15,10 +15,7 @@ const Platform* installed = nullptr;
 }  // namespace
 
 const Platform& platform() {
-  if (!installed) {
-    std::fputs("no platform is installed\n", stderr);
-    std::abort();
-  }
+  if (!installed) throw std::logic_error("no platform is installed");
   return *installed;
 }
 

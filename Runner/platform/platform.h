@@ -53,7 +53,7 @@ struct Platform {
   NSWorkspace& workspace;
 };
 
-/// The platform of this process. Ends the process when none is installed.
+/// The platform of this process; std::logic_error when none is installed.
 const Platform& platform();
 
 /// Installs a platform for the life of this object, then the one before it again. `main` makes one

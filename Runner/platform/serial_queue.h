@@ -2,7 +2,7 @@
 
 #include <functional>
 
-#include "platform/unique_function.h"
+#include "base/unique_function.h"
 
 namespace norvane {
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/json_array_writer.h"
+#include "storage/json_array_writer.h"
 
 namespace norvane {
 

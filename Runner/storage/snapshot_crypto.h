@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <span>
 
-#include "platform/secure_memory.h"
+#include "base/secure_memory.h"
 
 namespace norvane {
 

@@ -4,7 +4,7 @@
 
 #include <openssl/evp.h>
 
-#include "autofill/base64.h"
+#include "base/base64.h"
 #include "platform/flutter/standard_method_codec.h"
 #include "support/auto_fill_test.h"
 #include "window/main_flutter_window.h"

@@ -13,12 +13,12 @@
 #include <gtest/gtest.h>
 
 #include "platform/gtk/hotkeys.h"
-#include "platform/gtk/idle_time.h"
-#include "platform/gtk/session.h"
-#include "platform/gtk/x11_hotkeys.h"
-#include "platform/gtk/x11_keyboard.h"
 #include "platform/headless/headless_platform.h"
 #include "platform/linux/glib_dispatch.h"
+#include "platform/session/session.h"
+#include "platform/x11/idle_time.h"
+#include "platform/x11/x11_hotkeys.h"
+#include "platform/x11/x11_keyboard.h"
 #include "real_desktop.h"
 
 // Xlib's macros come after everything that they would break.

@@ -1,6 +1,6 @@
 // The log of the real desktop: without a journal, with one, and on a terminal.
 
-#include "platform/gtk/journal_log.h"
+#include "platform/session/journal_log.h"
 
 #include <cstdlib>
 #include <filesystem>

@@ -13,12 +13,12 @@
 #include <gtest/gtest.h>
 #include <libsecret/secret.h>
 
-#include "platform/gtk/autostart_entry.h"
-#include "platform/gtk/secret_service_keychain.h"
 #include "platform/headless/headless_keychain.h"
 #include "platform/headless/headless_services.h"
 #include "platform/linux/glib_dispatch.h"
 #include "platform/linux/glib_handles.h"
+#include "platform/session/autostart_entry.h"
+#include "platform/session/secret_service_keychain.h"
 
 namespace norvane {
 namespace {

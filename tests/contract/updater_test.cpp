@@ -13,9 +13,9 @@
 #include <gtk/gtk.h>
 
 #include "platform/gtk/gtk_updater.h"
-#include "platform/gtk/update_feed.h"
 #include "platform/linux/glib_dispatch.h"
 #include "platform/linux/glib_handles.h"
+#include "platform/session/update_feed.h"
 #include "real_desktop.h"
 
 namespace norvane {

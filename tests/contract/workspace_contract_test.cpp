@@ -6,12 +6,12 @@
 
 #include <gtk/gtk.h>
 
-#include "platform/gtk/event_time.h"
-#include "platform/gtk/x11_workspace.h"
 #include "platform/headless/headless_platform.h"
 #include "platform/linux/glib_dispatch.h"
 #include "platform/linux/glib_handles.h"
 #include "platform/linux/stderr_log.h"
+#include "platform/x11/event_time.h"
+#include "platform/x11/x11_workspace.h"
 #include "real_desktop.h"
 
 namespace norvane {

@@ -5,9 +5,9 @@
 #include <glib.h>
 #include <gtest/gtest.h>
 
+#include "base/utf8.h"
 #include "platform/flutter/standard_message.h"
 #include "platform/flutter/standard_method_codec.h"
-#include "platform/utf8.h"
 #include "value_copy.h"
 
 namespace norvane {

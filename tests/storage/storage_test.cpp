@@ -1,6 +1,6 @@
 #include <glib.h>
 
-#include "platform/json_array_writer.h"
+#include "storage/json_array_writer.h"
 #include "storage/passkey_index.h"
 #include "storage/snapshot_crypto.h"
 #include "storage/storage_errors.h"

@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "app/main_interface.h"
-#include "platform/flutter/standard_method_codec.h"
 #include "platform/console/console_values.h"
+#include "platform/flutter/standard_method_codec.h"
 #include "platform/linux/json.h"
 
 namespace norvane {

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "base/secure_memory.h"
 #include "platform/flutter/flutter_value_view.h"
 #include "platform/linux/json.h"
-#include "platform/secure_memory.h"
 
 namespace norvane {
 

@@ -4,9 +4,9 @@
 #include <string>
 #include <string_view>
 
+#include "base/secure_memory.h"
 #include "platform/flutter/flutter_binary_messenger.h"
 #include "platform/flutter/flutter_embedder.h"
-#include "platform/secure_memory.h"
 
 namespace norvane {
 

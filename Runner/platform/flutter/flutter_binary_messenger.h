@@ -6,8 +6,8 @@
 #include <string>
 #include <string_view>
 
-#include "platform/secure_memory.h"
-#include "platform/unique_function.h"
+#include "base/secure_memory.h"
+#include "base/unique_function.h"
 
 namespace norvane {
 

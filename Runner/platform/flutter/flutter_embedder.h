@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "platform/secure_memory.h"
+#include "base/secure_memory.h"
 
 namespace norvane {
 

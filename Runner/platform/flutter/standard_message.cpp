@@ -7,7 +7,7 @@
 #include <utility>
 #include <variant>
 
-#include "platform/utf8.h"
+#include "base/utf8.h"
 
 namespace norvane {
 namespace {

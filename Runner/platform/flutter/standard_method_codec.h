@@ -5,9 +5,9 @@
 #include <string>
 #include <string_view>
 
+#include "base/secure_memory.h"
 #include "platform/flutter/flutter_value.h"
 #include "platform/flutter/flutter_value_view.h"
-#include "platform/secure_memory.h"
 
 namespace norvane {
 

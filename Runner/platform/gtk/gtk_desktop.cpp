@@ -7,11 +7,11 @@
 
 #include "platform/gtk/desktop_window.h"
 #include "platform/gtk/main_screen.h"
-#include "platform/gtk/x11_focus.h"
-#include "platform/gtk/x11_properties.h"
 #include "platform/linux/process.h"
 #include "platform/ns_window.h"
 #include "platform/platform.h"
+#include "platform/x11/x11_focus.h"
+#include "platform/x11/x11_properties.h"
 
 namespace norvane {
 namespace {

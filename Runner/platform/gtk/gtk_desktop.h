@@ -7,11 +7,11 @@
 #include <vector>
 
 #include "platform/dispatch.h"
-#include "platform/gtk/event_time.h"
-#include "platform/gtk/x11_event_filter.h"
 #include "platform/ns_application.h"
 #include "platform/ns_process_info.h"
 #include "platform/window_server.h"
+#include "platform/x11/event_time.h"
+#include "platform/x11/x11_event_filter.h"
 
 namespace norvane {
 

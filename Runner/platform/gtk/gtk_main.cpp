@@ -11,14 +11,14 @@
 #include <sys/stat.h>
 
 #include "platform/console/console.h"
-#include "platform/gtk/display_end.h"
 #include "platform/gtk/gtk_platform.h"
-#include "platform/gtk/journal_log.h"
-#include "platform/gtk/session.h"
-#include "platform/gtk/single_instance.h"
 #include "platform/linux/data_directory.h"
 #include "platform/linux/glib_dispatch.h"
 #include "platform/linux/process.h"
+#include "platform/session/journal_log.h"
+#include "platform/session/session.h"
+#include "platform/session/single_instance.h"
+#include "platform/x11/display_end.h"
 
 namespace norvane {
 namespace {

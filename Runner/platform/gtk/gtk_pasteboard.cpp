@@ -5,7 +5,7 @@
 
 #include <gtk/gtk.h>
 
-#include "platform/secure_memory.h"
+#include "base/secure_memory.h"
 
 namespace norvane {
 namespace {

@@ -5,18 +5,11 @@
 #include <string>
 
 #include "platform/console/scripted_ui.h"
-#include "platform/gtk/autostart_entry.h"
-#include "platform/gtk/desktop_bundle.h"
-#include "platform/gtk/event_time.h"
 #include "platform/gtk/gtk_desktop.h"
 #include "platform/gtk/gtk_graphics.h"
 #include "platform/gtk/gtk_pasteboard.h"
 #include "platform/gtk/gtk_status_bar.h"
 #include "platform/gtk/gtk_updater.h"
-#include "platform/gtk/idle_time.h"
-#include "platform/gtk/secret_service_keychain.h"
-#include "platform/gtk/x11_keyboard.h"
-#include "platform/gtk/x11_workspace.h"
 #include "platform/linux/database_credential_store.h"
 #include "platform/linux/json_user_defaults.h"
 #include "platform/linux/linux_file_manager.h"
@@ -24,6 +17,13 @@
 #include "platform/linux/process.h"
 #include "platform/ns_application.h"
 #include "platform/platform.h"
+#include "platform/session/autostart_entry.h"
+#include "platform/session/desktop_bundle.h"
+#include "platform/session/secret_service_keychain.h"
+#include "platform/x11/event_time.h"
+#include "platform/x11/idle_time.h"
+#include "platform/x11/x11_keyboard.h"
+#include "platform/x11/x11_workspace.h"
 
 namespace norvane {
 

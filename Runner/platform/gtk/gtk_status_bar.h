@@ -2,8 +2,8 @@
 
 #include <memory>
 
-#include "platform/gtk/event_time.h"
 #include "platform/ns_status_bar.h"
+#include "platform/x11/event_time.h"
 
 namespace norvane {
 

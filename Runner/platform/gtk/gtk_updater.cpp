@@ -5,8 +5,8 @@
 
 #include <gtk/gtk.h>
 
-#include "platform/gtk/update_feed.h"
 #include "platform/linux/glib_handles.h"
+#include "platform/session/update_feed.h"
 
 namespace norvane {
 

@@ -1,8 +1,8 @@
 #include "platform/gtk/hotkeys.h"
 
-#include "platform/gtk/global_shortcuts_portal.h"
-#include "platform/gtk/session.h"
-#include "platform/gtk/x11_hotkeys.h"
+#include "platform/session/global_shortcuts_portal.h"
+#include "platform/session/session.h"
+#include "platform/x11/x11_hotkeys.h"
 
 namespace norvane {
 

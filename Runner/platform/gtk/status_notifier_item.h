@@ -3,8 +3,8 @@
 #include <functional>
 #include <string>
 
-#include "platform/linux/glib_handles.h"
 #include "platform/gtk/status_item_content.h"
+#include "platform/linux/glib_handles.h"
 
 struct _GCancellable;
 struct _GDBusConnection;

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/hot_key_press.h"
+#include "platform/hotkey_press.h"
 
 namespace norvane {
 namespace {
@@ -15,7 +15,7 @@ constexpr EventHotKeyRef kHotKeyRef = 1;
 }  // namespace
 
 void HeadlessHotkeys::press(const Hotkey& combination) {
-  if (handler_ && registered_ == combination) handler_(HotKeyPress(id_));
+  if (handler_ && registered_ == combination) handler_(HotkeyPress(id_));
 }
 
 OSStatus HeadlessHotkeys::InstallEventHandler(Handler handler, const EventTypeSpec& /*type*/,

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "base/secure_memory.h"
 #include "platform/keychain.h"
-#include "platform/secure_memory.h"
 
 namespace norvane {
 

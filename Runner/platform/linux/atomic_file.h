@@ -6,7 +6,7 @@
 #include <string_view>
 #include <system_error>
 
-#include "platform/secure_memory.h"
+#include "base/secure_memory.h"
 
 namespace norvane {
 

@@ -6,9 +6,9 @@
 
 #include <glib.h>
 
+#include "base/utf8.h"
 #include "platform/linux/data_directory.h"
 #include "platform/linux/glib_handles.h"
-#include "platform/utf8.h"
 
 namespace norvane {
 namespace {

@@ -8,7 +8,7 @@
 #include <malloc.h>
 #include <rapidjson/error/en.h>
 
-#include "platform/secure_memory.h"
+#include "base/secure_memory.h"
 
 namespace norvane {
 namespace {

@@ -1,4 +1,4 @@
-#include "platform/secure_memory.h"
+#include "base/secure_memory.h"
 
 #include <algorithm>
 #include <new>

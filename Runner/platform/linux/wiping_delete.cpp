@@ -7,7 +7,7 @@
 
 #include <malloc.h>
 
-#include "platform/secure_memory.h"
+#include "base/secure_memory.h"
 
 namespace {
 

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "platform/carbon_events.h"
+
+namespace norvane {
+
+inline constexpr OSStatus eventParameterNotFoundErr = -9870;
+/// UnregisterEventHotKey: no such hotkey is held.
+inline constexpr OSStatus eventHotKeyInvalidErr = -9879;
+
+/// The event of a hotkey that was pressed.
+class HotkeyPress : public CarbonEvent {
+ public:
+  explicit HotkeyPress(const EventHotKeyID& id) : id_(id) {}
+  OSStatus GetEventParameter(std::uint32_t name, std::uint32_t type,
+                             EventHotKeyID& value) const override {
+    if (name != kEventParamDirectObject || type != typeEventHotKeyID) {
+      return eventParameterNotFoundErr;
+    }
+    value = id_;
+    return noErr;
+  }
+
+ private:
+  EventHotKeyID id_;
+};
+
+}  // namespace norvane

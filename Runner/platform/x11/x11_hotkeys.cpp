@@ -1,0 +1,178 @@
+#include "platform/x11/x11_hotkeys.h"
+
+#include <algorithm>
+#include <array>
+#include <string>
+#include <utility>
+
+#include <X11/XKBlib.h>
+#include <X11/extensions/XInput2.h>
+#include <X11/keysym.h>
+#include <gdk/gdkx.h>
+
+#include "platform/hotkey_press.h"
+#include "platform/log.h"
+#include "platform/session/key_codes.h"
+#include "platform/x11/x11_keymap.h"
+
+namespace norvane {
+namespace {
+
+/// The bits of an event's state that are modifiers; the others are buttons and the layout.
+constexpr unsigned kModifierBits = 0xFF;
+
+/// Milliseconds; longer than any keyboard waits before it repeats a key. A press after it is a new
+/// one, whatever became of the release: the end of another grab may have led it elsewhere.
+constexpr std::uint32_t kLongestRepeatDelay = 3000;
+
+/// Nothing when this keyboard does not have the key or a modifier.
+std::optional<X11Combination> combinationFor(std::uint32_t keyCode, std::uint32_t modifiers) {
+  const PhysicalKey* key = physicalKey(keyCode);
+  if (!key) return std::nullopt;
+  const X11Keymap keymap;
+  const std::pair<std::uint32_t, unsigned> masks[] = {
+      {cmdKey, keymap.modifiersOf({XK_Super_L, XK_Super_R})},
+      {optionKey, keymap.modifiersOf({XK_Alt_L, XK_Alt_R})},
+      {shiftKey, ShiftMask},
+      {controlKey, ControlMask},
+  };
+  X11Combination combination{.key = keymap.keyCodeAt(key->place),
+                             .modifiers = 0,
+                             .locks = LockMask | keymap.modifiersOf({XK_Num_Lock})};
+  for (const auto& [modifier, mask] : masks) {
+    if (!(modifiers & modifier)) continue;
+    if (mask == 0) return std::nullopt;
+    combination.modifiers |= mask;
+    modifiers &= ~modifier;
+  }
+  if (combination.key == 0 || modifiers != 0) return std::nullopt;
+  return combination;
+}
+
+std::array<unsigned, 4> variants(const X11Combination& combination) {
+  const unsigned plain = combination.modifiers;
+  const unsigned numLock = combination.locks & ~unsigned{LockMask};
+  return {plain, plain | LockMask, plain | numLock, plain | combination.locks};
+}
+
+/// When it returns, others can have the combination.
+void ungrab(const X11Combination& combination) {
+  GdkDisplay* display = gdk_display_get_default();
+  gdk_x11_display_error_trap_push(display);
+  for (const unsigned modifiers : variants(combination)) {
+    XUngrabKey(GDK_DISPLAY_XDISPLAY(display), static_cast<int>(combination.key), modifiers,
+               gdk_x11_get_default_root_xwindow());
+  }
+  XSync(GDK_DISPLAY_XDISPLAY(display), False);
+  gdk_x11_display_error_trap_pop_ignored(display);
+}
+
+OSStatus grab(const X11Combination& combination) {
+  GdkDisplay* display = gdk_display_get_default();
+  gdk_x11_display_error_trap_push(display);
+  for (const unsigned modifiers : variants(combination)) {
+    XGrabKey(GDK_DISPLAY_XDISPLAY(display), static_cast<int>(combination.key), modifiers,
+             gdk_x11_get_default_root_xwindow(), False, GrabModeAsync, GrabModeAsync);
+  }
+  const int error = gdk_x11_display_error_trap_pop(display);
+  if (error == Success) return noErr;
+  ungrab(combination);  // some of the variants may have been free
+  return error == BadAccess ? eventHotKeyExistsErr : eventInternalErr;
+}
+
+}  // namespace
+
+X11Hotkeys::X11Hotkeys(EventTime& eventTime, Dispatch& dispatch)
+    : eventTime_(eventTime),
+      handler_(dispatch),
+      keymap_(gdk_keymap_get_for_display(gdk_display_get_default())),
+      filter_([this](const XEvent& event) { return take(event); }) {
+  // Without it a held key would seem to be released before each repetition.
+  XkbSetDetectableAutoRepeat(gdk_x11_get_default_xdisplay(), True, nullptr);
+  const auto changed = +[](GdkKeymap*, X11Hotkeys* self) { self->grabAnew(); };
+  g_signal_connect(keymap_, "keys-changed", G_CALLBACK(changed), this);
+}
+
+X11Hotkeys::~X11Hotkeys() {
+  g_signal_handlers_disconnect_by_data(keymap_, this);
+  for (const auto& [ref, registration] : registrations_) {
+    if (registration.grabbed) ungrab(*registration.grabbed);
+  }
+}
+
+OSStatus X11Hotkeys::InstallEventHandler(Handler handler, const EventTypeSpec& type,
+                                         std::optional<EventHandlerRef>& handlerRef) {
+  return handler_.InstallEventHandler(std::move(handler), type, handlerRef);
+}
+
+OSStatus X11Hotkeys::RegisterEventHotKey(std::uint32_t keyCode, std::uint32_t modifiers,
+                                         const EventHotKeyID& id,
+                                         std::optional<EventHotKeyRef>& hotKeyRef) {
+  const auto combination = combinationFor(keyCode, modifiers);
+  if (!combination) return paramErr;
+  // The server would let us have it twice.
+  const bool ours = std::ranges::any_of(
+      registrations_, [&](const auto& held) { return held.second.grabbed == combination; });
+  if (ours) return eventHotKeyExistsErr;
+  const OSStatus status = grab(*combination);
+  if (status != noErr) return status;
+  registrations_[++lastRef_] = {keyCode, modifiers, id, combination};
+  hotKeyRef = lastRef_;
+  return noErr;
+}
+
+OSStatus X11Hotkeys::UnregisterEventHotKey(EventHotKeyRef hotKeyRef) {
+  const auto node = registrations_.extract(hotKeyRef);
+  if (node.empty()) return eventHotKeyInvalidErr;
+  if (node.mapped().grabbed) ungrab(*node.mapped().grabbed);
+  return noErr;
+}
+
+bool X11Hotkeys::take(const XEvent& event) {
+  // Grabbed keys come as core events; those that a grab of our own leads to our windows come in the
+  // input extension's.
+  if (event.type == KeyPress)
+    return takePress(event.xkey.keycode, event.xkey.state, event.xkey.time);
+  if (event.type == KeyRelease) return down_.erase(event.xkey.keycode) > 0;
+  const int type = inputEventType(event);
+  if (type != XI_KeyPress && type != XI_KeyRelease) return false;
+  const auto& input = *static_cast<const XIDeviceEvent*>(event.xcookie.data);
+  const auto key = static_cast<unsigned>(input.detail);
+  if (type == XI_KeyRelease) return down_.erase(key) > 0;
+  if (!(input.flags & XIKeyRepeat)) down_.erase(key);
+  return takePress(key, static_cast<unsigned>(input.mods.effective),
+                   static_cast<std::uint32_t>(input.time));
+}
+
+bool X11Hotkeys::takePress(unsigned key, unsigned state, std::uint32_t time) {
+  const auto down = down_.find(key);
+  if (down != down_.end() && time - std::exchange(down->second, time) < kLongestRepeatDelay) {
+    return true;
+  }
+  const auto pressed = std::ranges::find_if(registrations_, [&](const auto& held) {
+    const auto& combination = held.second.grabbed;
+    return combination && combination->key == key &&
+           (state & kModifierBits & ~combination->locks) == combination->modifiers;
+  });
+  if (pressed == registrations_.end()) return false;
+  down_[key] = time;
+  eventTime_.set(time);
+  handler_.post(pressed->second.id);
+  return true;
+}
+
+void X11Hotkeys::grabAnew() {
+  for (auto& [ref, registration] : registrations_) {
+    const auto combination = combinationFor(registration.keyCode, registration.modifiers);
+    if (combination == registration.grabbed) continue;
+    if (registration.grabbed) ungrab(*registration.grabbed);
+    registration.grabbed.reset();
+    if (combination && grab(*combination) == noErr) {
+      registration.grabbed = combination;
+    } else {
+      NSLog("[Norvane] the keyboard has changed, and the hotkey cannot be had on it");
+    }
+  }
+}
+
+}  // namespace norvane
