@@ -31,10 +31,6 @@ AppDelegate::AppDelegate()
 
 AppDelegate::~AppDelegate() = default;
 
-std::shared_ptr<AppDelegate> AppDelegate::current() {
-  return std::dynamic_pointer_cast<AppDelegate>(platform().application.delegate());
-}
-
 void AppDelegate::applicationDidFinishLaunching() {
   installGlobalHotkey();
   installStatusItem();

@@ -9,6 +9,7 @@
 #include "platform/ns_apple_event_manager.h"
 #include "platform/ns_status_bar.h"
 #include "platform/updater_controller.h"
+#include "services/app_services.h"
 
 namespace norvane {
 
@@ -16,13 +17,12 @@ class QAPanelController;
 
 /// The application's delegate: decides the order in which the host's services are switched on, and
 /// owns what lives as long as the process. Main thread.
-class AppDelegate : public FlutterAppDelegate, public std::enable_shared_from_this<AppDelegate> {
+class AppDelegate : public FlutterAppDelegate,
+                    public AppServices,
+                    public std::enable_shared_from_this<AppDelegate> {
  public:
   AppDelegate();
   ~AppDelegate() override;
-
-  /// The application's delegate; null when it has none, or one of another kind.
-  static std::shared_ptr<AppDelegate> current();
 
   void applicationDidFinishLaunching() override;
   /// The process goes on without a window.
@@ -33,9 +33,13 @@ class AppDelegate : public FlutterAppDelegate, public std::enable_shared_from_th
   /// Registers the first free combination of the chain for the choice. Never called while one is
   /// registered.
   void installGlobalHotkey();
-  /// Takes the choice, gives the old combination up and tries the new chain. The choice in force
-  /// changes nothing.
-  void setHotkeyChoice(const std::string& choice);
+
+  void setHotkeyChoice(const std::string& choice) override;
+  std::string hotkeyChoice() const override { return currentHotkeyChoice; }
+  std::optional<std::string> registeredHotkeyLabel() const override {
+    return currentRegisteredLabel;
+  }
+  void checkForUpdates() override { updaterController->checkForUpdates(); }
 
   const std::unique_ptr<SPUStandardUpdaterController> updaterController;
   std::optional<std::string> pendingDeeplinkAtAppLevel;  ///< came while there was no main window

@@ -4,12 +4,10 @@
 #include <cstdint>
 #include <utility>
 
-#include "platform/ns_file_manager.h"
-#include "platform/platform.h"
 #include "storage/app_group_snapshot.h"
 #include "storage/json_array_writer.h"
+#include "storage/sealed_file.h"
 #include "storage/shared_keychain.h"
-#include "storage/snapshot_crypto.h"
 
 namespace norvane {
 namespace {
@@ -41,26 +39,15 @@ FlutterValue writeSnapshot(const Items& items, const std::string& accessGroup) {
   JsonArrayWriter json(plaintext.text());
   const std::int64_t written = writeEntries(items, json);
 
-  SessionKey key;
-  SnapshotCrypto::generateSessionKey(key);
-  const SecureBuffer envelope = SnapshotCrypto::encrypt(std::move(plaintext), key.bytes);
-  SharedKeychain::saveSessionKey(key.bytes, accessGroup);
-  platform().fileManager.writeAtomically({envelope.data(), envelope.size()},
-                                         AppGroupSnapshot::snapshotURL());
+  writeSealedFile(
+      std::move(plaintext), [&](auto key) { SharedKeychain::saveSessionKey(key, accessGroup); },
+      AppGroupSnapshot::snapshotURL);
   return FlutterMap{{"written", written}, {"encrypted", true}};
 }
 
 void removeSnapshot(const std::string& accessGroup) noexcept {
-  try {
-    SharedKeychain::deleteSessionKey(accessGroup);
-  } catch (...) {
-    // The file goes all the same.
-  }
-  try {
-    AppGroupSnapshot::deleteSnapshot();
-  } catch (...) {
-    // What cannot be removed stays; the extension has no key for it.
-  }
+  removeSealedFile([&] { SharedKeychain::deleteSessionKey(accessGroup); },
+                   AppGroupSnapshot::deleteSnapshot);
 }
 
 }  // namespace norvane

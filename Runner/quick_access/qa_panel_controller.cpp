@@ -109,10 +109,7 @@ void QAPanelController::hide() {
   pinned = false;
   panel->orderOut();
   channel->invokeMethod("hidden");
-  const auto window = MainFlutterWindow::first();
-  if (window && window->flutterReady && window->hotkeyChannel) {
-    window->hotkeyChannel->invokeMethod("syncLockState");
-  }
+  if (const auto window = MainFlutterWindow::first()) window->syncLockState();
 }
 
 void QAPanelController::toggle() {

@@ -3,9 +3,7 @@
 #include <memory>
 #include <string>
 
-#include "app/app_delegate.h"
-#include "platform/ns_application.h"
-#include "platform/platform.h"
+#include "services/app_services.h"
 #include "services/hotkey_candidates.h"
 
 namespace norvane {
@@ -19,28 +17,27 @@ std::string codeOf(FlutterValueView arguments) {
 }
 
 /// "degraded" tells that the automatic choice did not get its first combination.
-FlutterMap statusOf(const AppDelegate& delegate) {
-  const auto& label = delegate.currentRegisteredLabel;
+FlutterMap statusOf(const AppServices& services) {
+  const auto label = services.registeredHotkeyLabel();
   return {{"registered", label.value_or("")},
-          {"degraded",
-           delegate.currentHotkeyChoice == "auto" && label && *label != firstHotkeyLabel()}};
+          {"degraded", services.hotkeyChoice() == "auto" && label && *label != firstHotkeyLabel()}};
 }
 
 }  // namespace
 
 void handleHotkeyConfig(const FlutterMethodCall& call, FlutterResult result) {
-  const auto delegate = AppDelegate::current();
-  if (!delegate) {
+  const auto services = AppServices::current();
+  if (!services) {
     result(FlutterError{"no_app_delegate", {}, {}});
     return;
   }
   if (call.method() == "setChoice") {
-    delegate->setHotkeyChoice(codeOf(call.arguments()));
+    services->setHotkeyChoice(codeOf(call.arguments()));
   } else if (call.method() != "currentLabel") {
     result(FlutterMethodNotImplemented);
     return;
   }
-  result(statusOf(*delegate));
+  result(statusOf(*services));
 }
 
 }  // namespace norvane

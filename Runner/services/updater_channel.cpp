@@ -1,6 +1,6 @@
 #include "services/updater_channel.h"
 
-#include "app/app_delegate.h"
+#include "services/app_services.h"
 
 namespace norvane {
 
@@ -9,7 +9,7 @@ void handleUpdater(const FlutterMethodCall& call, FlutterResult result) {
     result(FlutterMethodNotImplemented);
     return;
   }
-  if (const auto delegate = AppDelegate::current()) delegate->updaterController->checkForUpdates();
+  if (const auto services = AppServices::current()) services->checkForUpdates();
   result(nullptr);
 }
 

@@ -5,6 +5,11 @@
 #include "storage/storage_errors.h"
 
 namespace norvane {
+namespace {
+
+constexpr const char* kSnapshotName = "snapshot.enc";
+
+}  // namespace
 
 std::string AppGroupSnapshot::containerURL() {
   const auto container = platform().fileManager.containerURLForSecurityApplicationGroupIdentifier(
@@ -19,11 +24,13 @@ std::string AppGroupSnapshot::supportFileURL(const std::string& name) {
   return directory + '/' + name;
 }
 
-std::string AppGroupSnapshot::snapshotURL() { return supportFileURL("snapshot.enc"); }
-
-void AppGroupSnapshot::deleteSnapshot() {
-  const std::string path = snapshotURL();
+void AppGroupSnapshot::deleteSupportFile(const std::string& name) {
+  const std::string path = supportFileURL(name);
   if (platform().fileManager.fileExistsAtPath(path)) platform().fileManager.removeItem(path);
 }
+
+std::string AppGroupSnapshot::snapshotURL() { return supportFileURL(kSnapshotName); }
+
+void AppGroupSnapshot::deleteSnapshot() { deleteSupportFile(kSnapshotName); }
 
 }  // namespace norvane

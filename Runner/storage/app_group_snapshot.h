@@ -12,8 +12,9 @@ struct AppGroupSnapshot {
   static std::string containerURL();
   /// The location of a file of the container's support directory.
   static std::string supportFileURL(const std::string& name);
+  /// Removes such a file; a missing one is success.
+  static void deleteSupportFile(const std::string& name);
   static std::string snapshotURL();
-  /// A missing file is success.
   static void deleteSnapshot();
 };
 

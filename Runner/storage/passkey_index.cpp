@@ -2,16 +2,15 @@
 
 #include <utility>
 
-#include "platform/ns_file_manager.h"
-#include "platform/platform.h"
 #include "storage/app_group_snapshot.h"
+#include "storage/sealed_file.h"
 #include "storage/session_key_item.h"
-#include "storage/snapshot_crypto.h"
 #include "storage/storage_errors.h"
 
 namespace norvane {
 namespace {
 
+constexpr const char* kIndexName = "passkey_index.enc";
 constexpr const char* kAccount = "passkey-session-key";
 
 void check(OSStatus status) {
@@ -21,9 +20,7 @@ void check(OSStatus status) {
 
 }  // namespace
 
-std::string PasskeyIndex::indexURL() {
-  return AppGroupSnapshot::supportFileURL("passkey_index.enc");
-}
+std::string PasskeyIndex::indexURL() { return AppGroupSnapshot::supportFileURL(kIndexName); }
 
 void PasskeyIndex::write(std::span<const Entry> entries,
                          const std::optional<std::string>& accessGroup) {
@@ -32,25 +29,13 @@ void PasskeyIndex::write(std::span<const Entry> entries,
   for (const Entry& entry : entries) json.object(entry);
   json.finish();
 
-  SessionKey key;
-  SnapshotCrypto::generateSessionKey(key);
-  const SecureBuffer envelope = SnapshotCrypto::encrypt(std::move(plaintext), key.bytes);
-  saveKey(key.bytes, accessGroup);
-  platform().fileManager.writeAtomically({envelope.data(), envelope.size()}, indexURL());
+  writeSealedFile(
+      std::move(plaintext), [&](auto key) { saveKey(key, accessGroup); }, indexURL);
 }
 
 void PasskeyIndex::clear(const std::optional<std::string>& accessGroup) noexcept {
-  try {
-    deleteKey(accessGroup);
-  } catch (...) {
-    // The file goes all the same.
-  }
-  try {
-    const std::string path = indexURL();
-    if (platform().fileManager.fileExistsAtPath(path)) platform().fileManager.removeItem(path);
-  } catch (...) {
-    // What cannot be removed stays; the extension has no key for it.
-  }
+  removeSealedFile([&] { deleteKey(accessGroup); },
+                   [] { AppGroupSnapshot::deleteSupportFile(kIndexName); });
 }
 
 void PasskeyIndex::saveKey(std::span<const std::uint8_t> key,

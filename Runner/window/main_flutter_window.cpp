@@ -112,4 +112,8 @@ void MainFlutterWindow::openItemFromQa(const std::optional<std::string>& editIte
   hotkeyChannel->invokeMethod("openItem", arguments);
 }
 
+void MainFlutterWindow::syncLockState() {
+  if (flutterReady && hotkeyChannel) hotkeyChannel->invokeMethod("syncLockState");
+}
+
 }  // namespace norvane

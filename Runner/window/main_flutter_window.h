@@ -28,6 +28,8 @@ class MainFlutterWindow : public NSWindow {
   void dispatchDeeplink(const std::string& link);
   /// Asks the UI to open the item, or no particular one; nothing happens while it is not ready.
   void openItemFromQa(const std::optional<std::string>& editItemId);
+  /// Has the UI look whether the vault is locked; nothing happens while it is not ready.
+  void syncLockState();
 
   std::shared_ptr<void> autoFillBridge;  ///< absent on systems older than 11.0
   std::optional<FlutterMethodChannel> deeplinkChannel;

@@ -23,7 +23,8 @@ class QuickAccessTest : public HostTest {
     host().hotkeys.press(kHotkey);
     dispatch.settle();
   }
-  QAPanelController& controller() { return *AppDelegate::current()->qaPanel; }
+  AppDelegate& delegate() { return dynamic_cast<AppDelegate&>(*application().delegate()); }
+  QAPanelController& controller() { return *delegate().qaPanel; }
 
   /// The transcript with what a "shown" carries cut off, and without the panel engine's first
   /// words.
@@ -243,7 +244,7 @@ TEST_F(QuickAccessTest, WithoutAWindowLinksWaitForOneRetryAndOpenMainStillActiva
   EXPECT_TRUE(desktop().isActive());
   desktop().setProfile({});
   dispatch.advance(0.1);
-  EXPECT_EQ(AppDelegate::current()->pendingDeeplinkAtAppLevel, std::nullopt);
+  EXPECT_EQ(delegate().pendingDeeplinkAtAppLevel, std::nullopt);
   EXPECT_EQ(MainFlutterWindow::first()->pendingDeeplink, "norvane://Unlock");
   EXPECT_EQ(call("norvane/deeplink", "flutterReady"), "success null");
   EXPECT_EQ(events().size(), 9u) << "the engine's start, its plugins and the latest link, once";
@@ -253,8 +254,7 @@ TEST_F(QuickAccessTest, WithoutAWindowLinksWaitForOneRetryAndOpenMainStillActiva
   dispatch.advance(1);
   desktop().setProfile({});
   dispatch.advance(1);
-  EXPECT_EQ(AppDelegate::current()->pendingDeeplinkAtAppLevel, "norvane://item/2")
-      << "one retry, no more";
+  EXPECT_EQ(delegate().pendingDeeplinkAtAppLevel, "norvane://item/2") << "one retry, no more";
   EXPECT_EQ(MainFlutterWindow::first()->pendingDeeplink, std::nullopt);
 
   start(none);

@@ -1,8 +1,8 @@
 #include <algorithm>
 #include <array>
 
-#include "app/app_delegate.h"
 #include "platform/ns_application.h"
+#include "services/app_services.h"
 #include "support/host_test.h"
 
 namespace norvane {
@@ -134,7 +134,7 @@ TEST_F(HotkeyTest, APressIsHandledInALaterTurnAndSurvivesAChangeOfChoice) {
   start();
   host().hotkeys.press({49, 6144});
   host().hotkeys.press(kRows[0].hotkey);
-  AppDelegate::current()->setHotkeyChoice("ctrl-opt-space");
+  AppServices::current()->setHotkeyChoice("ctrl-opt-space");
   EXPECT_EQ(application().windows().size(), 1u) << "inside the handler";
   dispatch.settle();
   ASSERT_EQ(application().windows().size(), 2u);

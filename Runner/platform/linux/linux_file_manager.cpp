@@ -13,6 +13,8 @@
 namespace norvane {
 namespace {
 
+constexpr const char* kGroupContainers = "/Group Containers/";
+
 [[noreturn]] void fail(const std::string& path) {
   throw std::system_error(errno, std::generic_category(), path);
 }
@@ -22,8 +24,11 @@ namespace {
 LinuxFileManager::LinuxFileManager(std::string dataDirectory)
     : dataDirectory_(std::move(dataDirectory)) {
   sweepTemporaryFiles(dataDirectory_);
-  sweepTemporaryFiles(dataDirectory_ +
-                      "/Group Containers/group.cn.kestrio.norvane/Library/Application Support");
+  std::error_code ignored;  // what cannot be listed stays
+  std::filesystem::recursive_directory_iterator entry(dataDirectory_ + kGroupContainers, ignored);
+  for (; entry != std::filesystem::recursive_directory_iterator(); entry.increment(ignored)) {
+    if (entry->is_directory(ignored)) sweepTemporaryFiles(entry->path().string());
+  }
 }
 
 bool LinuxFileManager::fileExistsAtPath(const std::string& path) const {
@@ -57,7 +62,7 @@ void LinuxFileManager::removeItem(const std::string& path) {
 
 std::optional<std::string> LinuxFileManager::containerURLForSecurityApplicationGroupIdentifier(
     const std::string& group) {
-  return dataDirectory_ + "/Group Containers/" + group;
+  return dataDirectory_ + kGroupContainers + group;
 }
 
 std::optional<std::string> LinuxFileManager::URLForUbiquityContainerIdentifier(
