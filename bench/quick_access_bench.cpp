@@ -14,8 +14,8 @@
 #include "heap_use.h"
 #include "platform/flutter/standard_method_codec.h"
 #include "platform/headless/headless_platform.h"
-#include "platform/headless/virtual_dispatch.h"
 #include "platform/log.h"
+#include "support/virtual_dispatch.h"
 
 namespace norvane {
 namespace {

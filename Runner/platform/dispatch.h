@@ -18,11 +18,8 @@ class Dispatch {
   /// Submits `task` to the main queue once `seconds` have passed.
   virtual void mainAfter(double seconds, Task task) = 0;
 
-  /// Runs `task` on a worker thread, at the priority of work that the user waits for. Tasks may run
-  /// side by side.
-  virtual void globalAsync(Task task) = 0;
-
-  /// A queue whose tasks run one after another, on the workers of `globalAsync`.
+  /// A queue whose tasks run one after another on worker threads, at the priority of work that the
+  /// user waits for; those of several queues run side by side.
   virtual std::shared_ptr<SerialQueue> makeSerialQueue() = 0;
 
   virtual bool isMainThread() const = 0;

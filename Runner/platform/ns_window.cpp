@@ -1,10 +1,14 @@
 #include "platform/ns_window.h"
 
+#include <array>
+#include <charconv>
+#include <locale>
 #include <optional>
+#include <sstream>
 #include <utility>
+#include <vector>
 
 #include "platform/flutter/flutter_view_controller.h"
-#include "platform/frame_record.h"
 #include "platform/ns_application.h"
 #include "platform/ns_user_defaults.h"
 #include "platform/platform.h"
@@ -13,6 +17,35 @@ namespace norvane {
 namespace {
 
 std::string frameKey(const std::string& autosaveName) { return "NSWindow Frame " + autosaveName; }
+
+/// A frame as the user defaults keep it: x, y, width and height in points, in decimal, separated by
+/// blanks.
+std::string frameRecord(const NSRect& frame) {
+  std::string record;
+  for (const double value : {frame.origin.x, frame.origin.y, frame.size.width, frame.size.height}) {
+    std::array<char, 32> digits;  // the shortest form of a double takes at most 24
+    const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr;
+    if (!record.empty()) record += ' ';
+    record.append(digits.data(), end);
+  }
+  return record;
+}
+
+/// Reads also the home system's own records, which go on with the screen's frame and end in a
+/// blank. Nothing when `record` is anything else than four or eight numbers, width and height
+/// positive.
+std::optional<NSRect> parseFrameRecord(const std::string& record) {
+  std::istringstream in(record);  // not every standard library has from_chars for these
+  in.imbue(std::locale::classic());
+  std::vector<double> values;
+  while (!(in >> std::ws).eof()) {
+    if (!(in >> values.emplace_back())) return std::nullopt;
+  }
+  if (values.size() != 4 && values.size() != 8) return std::nullopt;
+  const NSRect frame{{values[0], values[1]}, {values[2], values[3]}};
+  if (frame.size.width <= 0 || frame.size.height <= 0) return std::nullopt;
+  return frame;
+}
 
 }  // namespace
 

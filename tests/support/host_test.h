@@ -11,9 +11,9 @@
 #include <gtest/gtest.h>
 
 #include "platform/headless/headless_platform.h"
-#include "platform/headless/virtual_dispatch.h"
 #include "platform/log.h"
 #include "support/faults.h"
+#include "support/virtual_dispatch.h"
 
 namespace norvane {
 

@@ -2,10 +2,11 @@
 
 #include <cmath>
 #include <limits>
-#include <memory>
+#include <utility>
+#include <vector>
 
-#include <glib.h>
-
+#include "base/base64.h"
+#include "platform/console/json_members.h"
 #include "platform/flutter/standard_message.h"
 
 namespace norvane {
@@ -13,17 +14,11 @@ namespace {
 
 constexpr const char* kBytesKey = "$bytes";
 
-struct GFree {
-  void operator()(void* memory) const { g_free(memory); }
-};
-
-/// Strict: GLib's decoder skips what is not base64, so what it reads must encode to the same text.
-Bytes decodeBase64(const std::string& text) {
-  gsize size = 0;
-  const std::unique_ptr<guchar, GFree> data(g_base64_decode(text.c_str(), &size));
-  const std::unique_ptr<gchar, GFree> again(g_base64_encode(data.get(), size));
-  if (text != again.get()) throw JsonError("\"$bytes\" must be base64");
-  return Bytes(data.get(), data.get() + size);
+std::vector<std::uint8_t> bytesOf(const JsonValue& value) {
+  const std::string text = expectText(value, "\"$bytes\"");
+  auto bytes = decodeBase64(text);
+  if (!bytes || text.size() % 4 != 0) throw JsonError("\"$bytes\" must be base64");
+  return std::move(*bytes);
 }
 
 void encode(StandardMessageWriter& out, const JsonValue& value, int depth) {
@@ -46,7 +41,7 @@ void encode(StandardMessageWriter& out, const JsonValue& value, int depth) {
     out.list(value.Size());
     for (const JsonValue& element : value.GetArray()) encode(out, element, depth + 1);
   } else if (value.MemberCount() == 1 && value.MemberBegin()->name == kBytesKey) {
-    out.bytes(decodeBase64(expectText(value.MemberBegin()->value, "\"$bytes\"")));
+    out.bytes(bytesOf(value.MemberBegin()->value));
   } else {
     out.map(value.MemberCount());
     for (const auto& [key, mapped] : value.GetObject()) {
@@ -75,10 +70,8 @@ void writeNumbers(JsonWriter& writer, const Numbers& numbers) {
 }
 
 void writeBytes(JsonWriter& writer, std::span<const std::uint8_t> bytes) {
-  const std::unique_ptr<gchar, GFree> text(g_base64_encode(bytes.data(), bytes.size()));
   writer.StartObject();
-  writer.Key(kBytesKey);
-  writer.String(text.get());
+  base64Member(writer, kBytesKey, bytes);
   writer.EndObject();
 }
 

@@ -10,12 +10,6 @@ namespace {
 // The identities are names in the clear, of use to an extension that asks for them and nobody else.
 constexpr const char* kIdentitiesKey = "NorvaneCredentialIdentities";
 
-DatabaseCredentialStore::Conduct conductWhen(bool isEnabled) {
-  return {.state = {.isEnabled = isEnabled, .supportsIncrementalUpdates = true},
-          .success = true,
-          .error = {}};
-}
-
 }  // namespace
 
 GtkPlatform::GtkPlatform(const std::string& dataDirectory, GlibDispatch& dispatch, Log& log,
@@ -24,9 +18,9 @@ GtkPlatform::GtkPlatform(const std::string& dataDirectory, GlibDispatch& dispatc
       fileManager(dataDirectory),
       keychain(dispatch),
       userDefaults(dataDirectory + "/user-defaults.json", log),
-      credentialStore(
-          dataDirectory, dispatch,
-          [isEnabled = userDefaults.boolForKey(kIdentitiesKey)] { return conductWhen(isEnabled); }),
+      credentialStore(dataDirectory, dispatch,
+                      {.isEnabled = userDefaults.boolForKey(kIdentitiesKey),
+                       .supportsIncrementalUpdates = true}),
       graphics(bundle.bundlePath()),
       hotkeys(makeHotkeys(eventTime, dispatch)),
       statusBar(eventTime),

@@ -3,16 +3,17 @@
 #include <utility>
 
 namespace norvane {
-namespace {
 
-DatabaseCredentialStore::Conduct credentialStoreConduct(const LiveProfile& profile) {
-  const auto store = profile.get(&Profile::credentialStore);
-  return {.state = {store.isEnabled, store.supportsIncrementalUpdates},
-          .success = store.success,
-          .error = store.error};
+ASCredentialIdentityStoreState HeadlessCredentialStore::state() const {
+  const auto store = profile_.get(&Profile::credentialStore);
+  return {store.isEnabled, store.supportsIncrementalUpdates};
 }
 
-}  // namespace
+void HeadlessCredentialStore::run(Operation operation, Completion completion) {
+  const auto store = profile_.get(&Profile::credentialStore);
+  if (store.error || !store.success) return completion(false, store.error);
+  DatabaseCredentialStore::run(std::move(operation), std::move(completion));
+}
 
 std::optional<std::string> HeadlessBundle::infoText(const std::string& key) const {
   if (key != "AppIdentifierPrefix") return std::nullopt;
@@ -43,7 +44,7 @@ HeadlessPlatform::HeadlessPlatform(Profile initialProfile, const std::string& da
       fileManager(dataDirectory, profile),
       crypto(profile),
       keychain(dataDirectory, profile),
-      credentialStore(dataDirectory, dispatch, [this] { return credentialStoreConduct(profile); }),
+      credentialStore(dataDirectory, dispatch, profile),
       userDefaults(dataDirectory + "/user-defaults.json", log),
       graphics(profile),
       hotkeys(profile),

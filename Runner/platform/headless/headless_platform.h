@@ -57,6 +57,22 @@ class HeadlessCrypto : public OpenSslCrypto {
   const LiveProfile& profile_;
 };
 
+/// The real store's database, behind a store that answers as the profile says; what it refuses
+/// changes nothing.
+class HeadlessCredentialStore : public DatabaseCredentialStore {
+ public:
+  HeadlessCredentialStore(const std::string& dataDirectory, Dispatch& dispatch,
+                          const LiveProfile& profile)
+      : DatabaseCredentialStore(dataDirectory, dispatch, {}), profile_(profile) {}
+
+ protected:
+  ASCredentialIdentityStoreState state() const override;
+  void run(Operation operation, Completion completion) override;
+
+ private:
+  const LiveProfile& profile_;
+};
+
 /// The services of the headless desktop, on one data directory that nobody else uses. Its parts are
 /// the control side.
 struct HeadlessPlatform {
@@ -74,7 +90,7 @@ struct HeadlessPlatform {
   HeadlessFileManager fileManager;
   HeadlessCrypto crypto;
   HeadlessKeychain keychain;
-  DatabaseCredentialStore credentialStore;
+  HeadlessCredentialStore credentialStore;
   JsonUserDefaults userDefaults;
   ScriptedUi ui;
   HeadlessGraphics graphics;

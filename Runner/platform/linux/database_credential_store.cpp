@@ -7,8 +7,8 @@ namespace norvane {
 
 DatabaseCredentialStore::DatabaseCredentialStore(const std::string& dataDirectory,
                                                  Dispatch& dispatch,
-                                                 std::function<Conduct()> conduct)
-    : conduct_(std::move(conduct)),
+                                                 const ASCredentialIdentityStoreState& state)
+    : state_(state),
       database_(dataDirectory + "/credential-identities.sqlite"),
       queue_(dispatch.makeSerialQueue()) {}
 
@@ -19,25 +19,25 @@ void DatabaseCredentialStore::inspect(
 }
 
 void DatabaseCredentialStore::getCredentialIdentityStoreState(StateCompletion completion) {
-  queue_->async(
-      [this, completion = std::move(completion)]() mutable { completion(conduct_().state); });
+  queue_->async([this, completion = std::move(completion)]() mutable { completion(state()); });
 }
 
 void DatabaseCredentialStore::perform(Operation operation, Completion completion) {
   queue_->async(
       [this, operation = std::move(operation), completion = std::move(completion)]() mutable {
-        const Conduct conduct = conduct_();
-        std::optional<std::string> error = conduct.error;
-        if (!error && conduct.success) {
-          try {
-            const std::lock_guard lock(mutex_);
-            operation(database_);
-          } catch (const std::exception& failure) {
-            error = failure.what();
-          }
-        }
-        completion(!error && conduct.success, error);
+        run(std::move(operation), std::move(completion));
       });
+}
+
+void DatabaseCredentialStore::run(Operation operation, Completion completion) {
+  std::optional<std::string> error;
+  try {
+    const std::lock_guard lock(mutex_);
+    operation(database_);
+  } catch (const std::exception& failure) {
+    error = failure.what();
+  }
+  completion(!error, error);
 }
 
 void DatabaseCredentialStore::replaceCredentialIdentities(

@@ -15,16 +15,8 @@ namespace norvane {
 /// thread, in the order of the calls.
 class DatabaseCredentialStore : public ASCredentialIdentityStore {
  public:
-  /// What the store does; a text in `error`, or no success, makes it refuse without a change.
-  struct Conduct {
-    ASCredentialIdentityStoreState state;
-    bool success = true;
-    std::optional<std::string> error;
-  };
-
-  /// `conduct` is asked at each operation, on a worker thread.
   DatabaseCredentialStore(const std::string& dataDirectory, Dispatch& dispatch,
-                          std::function<Conduct()> conduct);
+                          const ASCredentialIdentityStoreState& state);
 
   /// The person's side: what is registered, read by `look`.
   void inspect(const std::function<void(CredentialIdentityDatabase& database)>& look);
@@ -36,11 +28,17 @@ class DatabaseCredentialStore : public ASCredentialIdentityStore {
                                      Completion completion) override;
   void removeAllCredentialIdentities(Completion completion) override;
 
- private:
+ protected:
   using Operation = UniqueFunction<void(CredentialIdentityDatabase& database)>;
+
+  // On the worker, at each operation's turn.
+  virtual ASCredentialIdentityStoreState state() const { return state_; }
+  virtual void run(Operation operation, Completion completion);
+
+ private:
   void perform(Operation operation, Completion completion);
 
-  const std::function<Conduct()> conduct_;
+  const ASCredentialIdentityStoreState state_;
   std::mutex mutex_;
   CredentialIdentityDatabase database_;
   std::shared_ptr<SerialQueue> queue_;

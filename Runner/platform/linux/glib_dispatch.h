@@ -39,7 +39,8 @@ class GlibDispatch : public Dispatch {
 
   void mainAsync(Task task) override;
   void mainAfter(double seconds, Task task) override;
-  void globalAsync(Task task) override;
+  /// Runs `task` on a worker thread. Tasks may run side by side. Any thread.
+  void globalAsync(Task task);
   std::shared_ptr<SerialQueue> makeSerialQueue() override;
   bool isMainThread() const override;
 

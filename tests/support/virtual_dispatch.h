@@ -17,7 +17,8 @@ class VirtualDispatch : public Dispatch {
   void mainAfter(double seconds, Task task) override {
     delayed_.emplace(now_ + seconds, std::move(task));
   }
-  void globalAsync(Task task) override { workTasks_.push_back(std::move(task)); }
+  /// Runs `task` as a worker would.
+  void globalAsync(Task task) { workTasks_.push_back(std::move(task)); }
   std::shared_ptr<SerialQueue> makeSerialQueue() override;
   bool isMainThread() const override { return !working_; }
 
