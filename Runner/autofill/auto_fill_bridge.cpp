@@ -15,6 +15,7 @@
 #include "platform/ns_bundle.h"
 #include "platform/ns_process_info.h"
 #include "platform/platform.h"
+#include "platform/utf8.h"
 #include "storage/passkey_index.h"
 
 namespace norvane {
@@ -48,7 +49,7 @@ void performSync(FlutterMethodCall&& call, const Result& result, const char* err
     outcome = work(Items(std::move(call)));
   } catch (const std::exception& error) {
     cleanUp();
-    outcome = FlutterError{errorCode, error.what(), {}};
+    outcome = FlutterError{errorCode, utf8Of(error.what()), {}};
   } catch (...) {
     cleanUp();
     outcome = FlutterError{errorCode, "unknown error", {}};

@@ -14,7 +14,7 @@ enum class SMAppServiceStatus {
 
 /// What a login item's operation failed with.
 struct ServiceError {
-  std::string localizedDescription;  ///< for the user
+  std::string localizedDescription;  ///< for the user, in UTF-8
   std::string description;           ///< in full, for the log
 };
 

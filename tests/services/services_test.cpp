@@ -1,6 +1,8 @@
 #include <fstream>
 #include <random>
 
+#include <unistd.h>
+
 #include "support/host_test.h"
 #include "window/main_flutter_window.h"
 
@@ -94,7 +96,12 @@ TEST_F(ServicesTest, EachKindOfInputEndsTheIdleTime) {
   EXPECT_GE(idle(), before);
 }
 
-TEST_F(ServicesTest, ASyncDirectoryThatCannotBeMadeIsNone) {
+TEST_F(ServicesTest, ASyncDirectoryThatCannotBeNamedOrMadeIsNone) {
+  start();
+  EXPECT_EQ(call("cn.kestrio.norvane.icloud", "containerURL"), "success null");
+  const auto utf8 = directory.path.parent_path() / ("norvane-test-" + std::to_string(::getpid()));
+  std::filesystem::rename(directory.path, utf8);
+  directory.path = utf8;
   start();
   std::filesystem::create_directory(directory.path / "Mobile Documents");
   std::ofstream(directory.path / "Mobile Documents/iCloud.cn.kestrio.norvane") << "in the way";

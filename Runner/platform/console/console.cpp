@@ -14,6 +14,7 @@
 #include "platform/flutter/standard_method_codec.h"
 #include "platform/linux/atomic_file.h"
 #include "platform/linux/glib_dispatch.h"
+#include "platform/utf8.h"
 
 namespace norvane {
 namespace {
@@ -122,7 +123,7 @@ void Console::takeLine(const std::string& line) {
     JsonBuffer answer;
     JsonWriter writer(answer);
     beginAnswer(writer, idJson);
-    member(writer, "error", error.what());
+    member(writer, "error", utf8Of(error.what()));
     writer.EndObject();
     print(answer);
   }

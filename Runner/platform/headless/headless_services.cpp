@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "platform/linux/atomic_file.h"
+#include "platform/utf8.h"
 
 namespace norvane {
 namespace {
@@ -98,7 +99,7 @@ std::optional<ServiceError> HeadlessAppService::keep(SMAppServiceStatus status) 
       std::filesystem::remove(path_);
     }
   } catch (const std::system_error& error) {
-    return ServiceError{.localizedDescription = error.code().message(),
+    return ServiceError{.localizedDescription = utf8Of(error.code().message()),
                         .description = error.what()};
   }
   return std::nullopt;
