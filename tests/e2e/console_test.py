@@ -126,6 +126,7 @@ class Start(ConsoleTest):
                 (64, "--bogus"), (64, "stray"), (64, "--platform", "vms"), (64, "--data-dir"),
                 (64, "--data-dir", ""), (73, "--data-dir", file), (73, "--data-dir", file + "/x"),
                 (73, "--data-dir", self.path("unreadable")),
+                (65, "--platform", "gtk", "norvane://item/1", "norvane://\udcff"),
                 *((65, "--data-dir", self.data, "--desktop", profile)
                   for profile in [self.path("missing"), *profiles])]:
             self.assert_refused(status, *options)
