@@ -23,6 +23,7 @@ class SMAppService {
  public:
   virtual ~SMAppService() = default;
 
+  /// `notFound` also where it cannot be read.
   virtual SMAppServiceStatus status() const = 0;
   // Nothing on success.
   virtual std::optional<ServiceError> registerService() = 0;

@@ -63,6 +63,8 @@ TEST_F(ServicesTest, TheLoginItemIsKeptOnDiskAndItsFailuresAreLogged) {
   start();
   EXPECT_EQ(call(kLogin, "get"), "success {\"supported\":true,\"enabled\":true}");
   EXPECT_EQ(call(kLogin, "set", "{\"enabled\":1}"), off);
+  std::filesystem::create_symlink("login-item", directory.path / "login-item");
+  EXPECT_EQ(call(kLogin, "get"), off) << "nobody can follow it";
   change(R"({"loginItem":{"status":2}})");
   EXPECT_EQ(call(kLogin, "get"), off) << "requires approval";
   change(R"({"loginItem":{"error":"not allowed"}})");

@@ -76,8 +76,9 @@ SMAppServiceStatus HeadlessAppService::status() const {
   if (const auto forced = profile_.get(&Profile::loginItem).status) {
     return static_cast<SMAppServiceStatus>(*forced);
   }
-  return std::filesystem::exists(path_) ? SMAppServiceStatus::enabled
-                                        : SMAppServiceStatus::notRegistered;
+  std::error_code unreadable;
+  if (std::filesystem::exists(path_, unreadable)) return SMAppServiceStatus::enabled;
+  return unreadable ? SMAppServiceStatus::notFound : SMAppServiceStatus::notRegistered;
 }
 
 std::optional<ServiceError> HeadlessAppService::registerService() {
