@@ -23,7 +23,7 @@ set(ARROWS
 # These use the platform's libraries.
 set(SYSTEM "^platform/(linux|console|headless|session|x11|gtk)$")
 # Not among them: threads, clocks, files and the environment belong to the platform.
-set(STANDARD algorithm|array|bit|charconv|cmath|compare|concepts|cstddef|cstdint|cstdlib|cstring|deque|exception|functional|initializer_list|iterator|limits|locale|map|memory|new|numeric|optional|ranges|set|span|sstream|stdexcept|string|string_view|system_error|tuple|type_traits|utility|variant|vector)
+set(STANDARD algorithm|array|bit|cassert|charconv|cmath|compare|concepts|cstddef|cstdint|cstdlib|cstring|cwchar|deque|exception|functional|initializer_list|iterator|limits|locale|map|memory|new|numeric|optional|ranges|set|span|sstream|stdexcept|string|string_view|system_error|tuple|type_traits|utility|variant|vector)
 
 file(GLOB_RECURSE FILES RELATIVE ${ROOT} ${ROOT}/*.cpp ${ROOT}/*.h ${ROOT}/*.mm)
 set(FAULTS 0)

@@ -1,9 +1,12 @@
 # Where everything belongs on a system: the bundle whole, and what the desktops look for.
 include(GNUInstallDirs)
 
-# The image of the status item.
+# The image of the status item, and the windows' icon where none is installed.
 configure_file(packaging/icons/cn.kestrio.norvane-symbolic.svg
                ${NORVANE_BUNDLE_DIR}/Contents/Resources/MenuBarIcon-symbolic.svg COPYONLY)
+configure_file(packaging/icons/cn.kestrio.norvane.svg
+               ${NORVANE_BUNDLE_DIR}/Contents/Resources/icons/hicolor/scalable/apps/cn.kestrio.norvane.svg
+               COPYONLY)
 
 install(DIRECTORY ${NORVANE_BUNDLE_DIR}/ DESTINATION ${CMAKE_INSTALL_LIBDIR}/norvane/Norvane.app
         USE_SOURCE_PERMISSIONS)

@@ -9,6 +9,7 @@
 #include "autofill/credential_identities.h"
 #include "autofill/passkey_index_sync.h"
 #include "autofill/snapshot_sync.h"
+#include "base/utf8.h"
 #include "platform/credential_identity_store.h"
 #include "platform/dispatch.h"
 #include "platform/log.h"
@@ -48,7 +49,7 @@ void performSync(FlutterMethodCall&& call, const Result& result, const char* err
     outcome = work(Items(std::move(call)));
   } catch (const std::exception& error) {
     cleanUp();
-    outcome = FlutterError{errorCode, error.what(), {}};
+    outcome = FlutterError{errorCode, utf8Of(error.what()), {}};
   } catch (...) {
     cleanUp();
     outcome = FlutterError{errorCode, "unknown error", {}};

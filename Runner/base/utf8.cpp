@@ -3,6 +3,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <cwchar>
+#include <optional>
+#include <utility>
 
 namespace norvane {
 namespace {
@@ -57,6 +60,42 @@ std::size_t characterLength(const unsigned char* at, std::size_t left) {
   return 0;
 }
 
+void append(std::string& text, char32_t character) {
+  const auto continuation = [&](unsigned shift) {
+    text += static_cast<char>(0x80 | (character >> shift & 0x3F));
+  };
+  if (character < 0x80) {
+    text += static_cast<char>(character);
+  } else if (character < 0x800) {
+    text += static_cast<char>(0xC0 | character >> 6);
+    continuation(0);
+  } else if (character < 0x10000) {
+    text += static_cast<char>(0xE0 | character >> 12);
+    continuation(6);
+    continuation(0);
+  } else {
+    text += static_cast<char>(0xF0 | character >> 18);
+    continuation(12);
+    continuation(6);
+    continuation(0);
+  }
+}
+
+/// Nothing when it is not a text in the locale's encoding.
+std::optional<std::string> readInLocale(std::string_view foreign) {
+  std::string text;
+  std::mbstate_t state{};
+  while (!foreign.empty()) {
+    wchar_t character = 0;
+    const std::size_t length = std::mbrtowc(&character, foreign.data(), foreign.size(), &state);
+    if (length > foreign.size()) return std::nullopt;  // one of its error values
+    append(text, character);
+    foreign.remove_prefix(length > 0 ? length : 1);  // 0: it was a NUL
+  }
+  // Some locales read what lies beyond Unicode.
+  return isWellFormedUtf8(text) ? std::optional(std::move(text)) : std::nullopt;
+}
+
 }  // namespace
 
 bool isWellFormedUtf8(std::string_view text) {
@@ -75,6 +114,26 @@ bool isWellFormedUtf8(std::string_view text) {
     left -= length;
   }
   return true;
+}
+
+std::string utf8Of(std::string_view foreign) {
+  if (isWellFormedUtf8(foreign)) return std::string(foreign);
+  if (auto text = readInLocale(foreign)) return *std::move(text);
+  std::string text;
+  while (!foreign.empty()) {
+    const auto* at = reinterpret_cast<const unsigned char*>(foreign.data());
+    const std::size_t length = *at < 0x80 ? 1 : characterLength(at, foreign.size());
+    text += length > 0 ? foreign.substr(0, length) : "\uFFFD";
+    foreign.remove_prefix(length > 0 ? length : 1);
+  }
+  return text;
+}
+
+std::string utf8OfLatin1(std::string_view foreign) {
+  if (isWellFormedUtf8(foreign)) return std::string(foreign);
+  std::string text;
+  for (const char byte : foreign) append(text, static_cast<unsigned char>(byte));
+  return text;
 }
 
 }  // namespace norvane

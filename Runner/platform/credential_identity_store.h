@@ -42,7 +42,7 @@ struct ASCredentialIdentityStoreState {
 class ASCredentialIdentityStore {
  public:
   using StateCompletion = UniqueFunction<void(ASCredentialIdentityStoreState state)>;
-  /// `error` is the store's localized description of what failed.
+  /// `error` is the store's localized description of what failed, in UTF-8.
   using Completion = UniqueFunction<void(bool success, std::optional<std::string> error)>;
 
   virtual ~ASCredentialIdentityStore() = default;

@@ -11,7 +11,9 @@ class DynamicLoader {
   virtual ~DynamicLoader() = default;
 
   /// Loads the library at `path` for the rest of the process's life: every symbol bound at once
-  /// (`RTLD_NOW`), its own symbols found by every later lookup (`RTLD_GLOBAL`). False on failure.
+  /// (`RTLD_NOW`), its own symbols found by every later lookup (`RTLD_GLOBAL`). A path without a
+  /// slash is one in the working directory, never a name to search for. False on failure, as with
+  /// anything but a regular file.
   virtual bool dlopen(const std::string& path) = 0;
 
   /// The loader's words for the last failure, once; nothing when it has none.

@@ -8,7 +8,7 @@
 namespace norvane {
 
 /// Files and directories, on any thread. Failures are thrown as std::system_error, whose `what` is
-/// the system's own description.
+/// the system's own description, in its encoding.
 class NSFileManager {
  public:
   virtual ~NSFileManager() = default;

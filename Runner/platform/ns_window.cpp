@@ -37,11 +37,12 @@ std::string frameRecord(const NSRect& frame) {
 std::optional<NSRect> parseFrameRecord(const std::string& record) {
   std::istringstream in(record);  // not every standard library has from_chars for these
   in.imbue(std::locale::classic());
+  in >> std::noskipws;
   std::vector<double> values;
-  while (!(in >> std::ws).eof()) {
+  do {
     if (!(in >> values.emplace_back())) return std::nullopt;
-  }
-  if (values.size() != 4 && values.size() != 8) return std::nullopt;
+  } while (in.get() == ' ' && in.peek() != std::istringstream::traits_type::eof());
+  if (!in.eof() || (values.size() != 4 && values.size() != 8)) return std::nullopt;
   const NSRect frame{{values[0], values[1]}, {values[2], values[3]}};
   if (frame.size.width <= 0 || frame.size.height <= 0) return std::nullopt;
   return frame;

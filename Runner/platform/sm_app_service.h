@@ -14,7 +14,7 @@ enum class SMAppServiceStatus {
 
 /// What a login item's operation failed with.
 struct ServiceError {
-  std::string localizedDescription;  ///< for the user
+  std::string localizedDescription;  ///< for the user, in UTF-8
   std::string description;           ///< in full, for the log
 };
 
@@ -23,6 +23,7 @@ class SMAppService {
  public:
   virtual ~SMAppService() = default;
 
+  /// `notFound` also where it cannot be read.
   virtual SMAppServiceStatus status() const = 0;
   // Nothing on success.
   virtual std::optional<ServiceError> registerService() = 0;

@@ -4,6 +4,7 @@
 
 #include <sys/stat.h>
 
+#include "base/utf8.h"
 #include "support/auto_fill_test.h"
 
 namespace norvane {
@@ -202,7 +203,7 @@ TEST_F(SyncFaultsTest, WhatStandsInTheWayIsReplacedOrNamedButNeverFollowed) {
       std::filesystem::create_directories(support);
       prepare();
       const std::string reply = autoFill(sealed.method, itemNamed("1"));
-      EXPECT_EQ(reply, message.empty() ? written(sealed, 1) : failure(sealed, message));
+      EXPECT_EQ(reply, message.empty() ? written(sealed, 1) : failure(sealed, utf8Of(message)));
       EXPECT_EQ(extension.key(sealed).has_value(), message.empty());
       EXPECT_EQ(extension.leftovers(), Lines{});
       if (message.ends_with("Is a directory")) {

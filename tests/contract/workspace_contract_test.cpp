@@ -14,8 +14,13 @@
 #include "platform/x11/x11_workspace.h"
 #include "real_desktop.h"
 
+// Xlib's macros come after everything that they would break.
+#include <gdk/gdkx.h>
+
 namespace norvane {
 namespace {
+
+using namespace std::string_literals;
 
 constexpr const char* kOwn = "cn.kestrio.norvane";
 constexpr const char* kAskedFor = "com.1password.1password";
@@ -163,13 +168,19 @@ TEST(RealWorkspace, LooksBelowItsPanelAndWorksWithoutAWindowManager) {
   EXPECT_EQ(middleOfIcon(workspace), 0xFF0000FF);  // the window's own icon
   panel.reset();
   EXPECT_TRUE(await([&] { return claim("_NET_ACTIVE_WINDOW") == browser; }));
+  const std::string classOf = "tool\0caf\xE9"s;  // Latin-1, as its standard has it
+  XChangeProperty(gdk_x11_get_default_xdisplay(), browser, gdk_x11_get_xatom_by_name("WM_CLASS"),
+                  gdk_x11_get_xatom_by_name("STRING"), 8, PropModeReplace,
+                  reinterpret_cast<const guchar*>(classOf.data()),
+                  static_cast<int>(classOf.size()));
+  EXPECT_EQ(front(workspace), "- caf\u00e9");
   // A window may vanish between two looks at it.
   setClaim("_NET_ACTIVE_WINDOW", 0x7FFFFFF);
   EXPECT_EQ(front(workspace), "none");
   // A window manager that died leaves its claims behind.
   const auto manager = claim("_NET_SUPPORTING_WM_CHECK");
   setClaim("_NET_SUPPORTING_WM_CHECK", 0x7FFFFFF);
-  EXPECT_EQ(front(workspace), "- Browser");
+  EXPECT_EQ(front(workspace), "- caf\u00e9");
   setClaim("_NET_SUPPORTING_WM_CHECK", manager);
 }
 

@@ -45,14 +45,14 @@ class Lines(ConsoleTest):
             self.assertEqual(host.state(), before)
 
     def test_a_state_that_cannot_be_read_is_an_error_until_it_can(self):
-        write(os.path.join(self.data, "keychain/stray/x"), "")
+        write(os.path.join(self.data, "keychain/stray\udcff/x"), "")
         with self.start() as host:
             host.settle()
             host.send('{"id":1,"desktop":"state"}')
             error = host.read()
             self.assertEqual(error.pop("id"), 1)
             self.assertIn("directory", error.pop("error"))
-            shutil.rmtree(os.path.join(self.data, "keychain/stray"))
+            shutil.rmtree(os.path.join(self.data, "keychain/stray\udcff"))
             self.assertEqual((error, host.state()["keychain"]), ({}, []))
 
     def test_settle_holds_back_later_lines_and_quit_drops_them(self):
@@ -126,6 +126,7 @@ class Start(ConsoleTest):
                 (64, "--bogus"), (64, "stray"), (64, "--platform", "vms"), (64, "--data-dir"),
                 (64, "--data-dir", ""), (73, "--data-dir", file), (73, "--data-dir", file + "/x"),
                 (73, "--data-dir", self.path("unreadable")),
+                (65, "--platform", "gtk", "norvane://item/1", "norvane://\udcff"),
                 *((65, "--data-dir", self.data, "--desktop", profile)
                   for profile in [self.path("missing"), *profiles])]:
             self.assert_refused(status, *options)

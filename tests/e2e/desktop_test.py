@@ -160,6 +160,14 @@ class BareDesktop(HostTest):
                 self.assertRegex(limits.read(), r"Max core file size +0 +0 ")
             self.assert_ends_well(host)
 
+    def test_its_windows_have_their_icon_and_it_loads_no_gl(self):
+        host = self.host("--allow-debugger")  # the first program of the toolkit's on this display
+        window = desktop.eventually("its window", lambda: desktop.window_named("Norvane"))
+        self.assertIn("Icon (48 x 48)", desktop.output_of("xprop", "-id", window, "_NET_WM_ICON"))
+        with open(f"/proc/{host.pid}/maps", encoding="utf-8") as maps:
+            self.assertNotRegex(maps.read(), "libLLVM|libGLX_mesa")
+        self.assert_ends_well(host)
+
     def test_links_arrive_unchanged_as_one_log_line_each(self):
         links = [f"norvane://{place}\n[Norvane] forged\r\x1b[2J\x7f\u2028ä" for place in "ab"]
         host = self.host(links[0])

@@ -1,4 +1,7 @@
 #include <algorithm>
+#include <clocale>
+#include <cstdlib>
+#include <filesystem>
 #include <limits>
 #include <memory>
 
@@ -239,6 +242,26 @@ TEST(Utf8, AgreesWithALibraryAtEveryOffsetInAWord) {
   }
   EXPECT_TRUE(isWellFormedUtf8({}));
   EXPECT_TRUE(isWellFormedUtf8(std::string_view("\0", 1)));
+}
+
+TEST(Utf8, TextsFromOutsideBecomeUtf8AndTheWriterTakesNoOther) {
+  const std::string mixed = "\xE9 \u00e9\xE2\x82/\U0001f511\xFF"s;
+  EXPECT_EQ(utf8Of(mixed), "\uFFFD \u00e9\uFFFD\uFFFD/\U0001f511\uFFFD");
+  EXPECT_EQ(utf8OfLatin1("caf\xE9"), "caf\u00e9");
+  EXPECT_EQ(utf8Of("a\0\u00e9"s), "a\0\u00e9"s);
+  EXPECT_EQ(utf8OfLatin1("\u00e9"), "\u00e9");
+  EXPECT_DEATH(encodeSuccessEnvelope(mixed), "decode");
+
+  std::string locales = "/tmp/norvane-locales-XXXXXX";
+  ASSERT_TRUE(::mkdtemp(locales.data()));
+  EXPECT_EQ(std::system(("localedef -i C -f GBK " + locales + "/C.GBK").c_str()), 0);
+  ::setenv("LOCPATH", locales.c_str(), 1);
+  EXPECT_TRUE(std::setlocale(LC_CTYPE, "C.GBK"));
+  EXPECT_EQ(utf8Of("a\0 \xB2\xBB\xCA\xC7\xC4\xBF\xC2\xBC"s), "a\0 不是目录"s);
+  EXPECT_EQ(utf8Of("\xFF\xB2"), "\uFFFD\uFFFD");
+  std::setlocale(LC_CTYPE, "C");
+  ::unsetenv("LOCPATH");
+  std::filesystem::remove_all(locales);
 }
 
 TEST(ValueView, ReadsAsItsOwnTypeOnly) {

@@ -1,6 +1,8 @@
 #include <fstream>
 #include <random>
 
+#include <unistd.h>
+
 #include "support/host_test.h"
 #include "window/main_flutter_window.h"
 
@@ -61,6 +63,8 @@ TEST_F(ServicesTest, TheLoginItemIsKeptOnDiskAndItsFailuresAreLogged) {
   start();
   EXPECT_EQ(call(kLogin, "get"), "success {\"supported\":true,\"enabled\":true}");
   EXPECT_EQ(call(kLogin, "set", "{\"enabled\":1}"), off);
+  std::filesystem::create_symlink("login-item", directory.path / "login-item");
+  EXPECT_EQ(call(kLogin, "get"), off) << "nobody can follow it";
   change(R"({"loginItem":{"status":2}})");
   EXPECT_EQ(call(kLogin, "get"), off) << "requires approval";
   change(R"({"loginItem":{"error":"not allowed"}})");
@@ -94,7 +98,12 @@ TEST_F(ServicesTest, EachKindOfInputEndsTheIdleTime) {
   EXPECT_GE(idle(), before);
 }
 
-TEST_F(ServicesTest, ASyncDirectoryThatCannotBeMadeIsNone) {
+TEST_F(ServicesTest, ASyncDirectoryThatCannotBeNamedOrMadeIsNone) {
+  start();
+  EXPECT_EQ(call("cn.kestrio.norvane.icloud", "containerURL"), "success null");
+  const auto utf8 = directory.path.parent_path() / ("norvane-test-" + std::to_string(::getpid()));
+  std::filesystem::rename(directory.path, utf8);
+  directory.path = utf8;
   start();
   std::filesystem::create_directory(directory.path / "Mobile Documents");
   std::ofstream(directory.path / "Mobile Documents/iCloud.cn.kestrio.norvane") << "in the way";

@@ -51,7 +51,7 @@ RecordingLog::~RecordingLog() {
 TemporaryDirectory::TemporaryDirectory() {
   std::filesystem::path parent = "/dev/shm";
   if (!std::filesystem::is_directory(parent)) parent = std::filesystem::temp_directory_path();
-  std::string name = (parent / "norvane-test-XXXXXX").string();
+  std::string name = (parent / "norvane-test-\xE9-XXXXXX").string();
   path = ::mkdtemp(name.data());
 }
 

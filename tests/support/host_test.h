@@ -48,7 +48,8 @@ std::string describeReply(Bytes message);
 /// The call of a UI; `arguments` is JSON.
 Bytes uiCall(const std::string& method, const std::string& arguments = "null");
 
-/// A directory of its own, in memory where there is room for one, removed with all that it holds.
+/// A directory of its own, in memory where there is room for one, removed with all that it holds;
+/// its path is not UTF-8.
 class TemporaryDirectory {
  public:
   TemporaryDirectory();

@@ -1,6 +1,8 @@
 #include "window/main_flutter_window.h"
 
-#include <dlfcn.h>
+#include <fstream>
+
+#include <sys/stat.h>
 
 #include "platform/flutter/flutter_view_controller.h"
 #include "support/host_test.h"
@@ -93,6 +95,21 @@ TEST_F(MainFlutterWindowTest, DevelopmentCandidatesLieEightLevelsAboveTheBundle)
                                       "/target/debug/libffi_bridge.dylib",
                                       "/target/release/libffi_bridge.dylib"}));
   ::unsetenv("NORVANE_RUST_LIB_PATH");
+}
+
+TEST_F(MainFlutterWindowTest, ACandidateIsTheFileThatWasTestedAndNothingThatCouldHang) {
+  const auto before = std::filesystem::current_path();
+  std::filesystem::current_path(directory.path);
+  std::ofstream("libc.so.6") << "no library, but one of that name is loaded already";
+  ::mkfifo("pipe", 0600);
+  for (const char* path : {"libc.so.6", "pipe", "."}) {
+    EXPECT_FALSE(host().loader.dlopen(path)) << path;
+    EXPECT_TRUE(host().loader.dlerror()) << path;
+    EXPECT_FALSE(host().loader.dlerror()) << path;
+  }
+  std::filesystem::create_symlink(bundlePath + "/Contents/Frameworks/libffi_bridge.dylib", "core");
+  EXPECT_TRUE(host().loader.dlopen("core"));
+  std::filesystem::current_path(before);
 }
 
 }  // namespace

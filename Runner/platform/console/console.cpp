@@ -9,6 +9,7 @@
 #include <glib.h>
 #include <unistd.h>
 
+#include "base/utf8.h"
 #include "platform/console/console_values.h"
 #include "platform/console/json_members.h"
 #include "platform/flutter/standard_method_codec.h"
@@ -122,7 +123,7 @@ void Console::takeLine(const std::string& line) {
     JsonBuffer answer;
     JsonWriter writer(answer);
     beginAnswer(writer, idJson);
-    member(writer, "error", error.what());
+    member(writer, "error", utf8Of(error.what()));
     writer.EndObject();
     print(answer);
   }

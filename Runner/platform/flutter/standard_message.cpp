@@ -1,6 +1,7 @@
 #include "platform/flutter/standard_message.h"
 
 #include <array>
+#include <cassert>
 #include <cstring>
 #include <limits>
 #include <stdexcept>
@@ -186,6 +187,7 @@ void StandardMessageWriter::float64(double value) {
 }
 
 void StandardMessageWriter::text(std::string_view value) {
+  assert(isWellFormedUtf8(value) && "the UI could not decode the message");
   type(FlutterType::text);
   size(value.size());
   raw(value.data(), value.size());

@@ -87,7 +87,6 @@ DesktopWindow::DesktopWindow(GtkDesktop& desktop, NSWindow& owner, const NSRect&
   desktop_.windows_.push_back(this);
   GtkWindow* window = GTK_WINDOW(window_);
   gtk_window_set_title(window, isPanel() ? "Norvane — Quick Access" : "Norvane");
-  gtk_window_set_icon_name(window, "cn.kestrio.norvane");
   if (GdkVisual* visual = gdk_screen_get_rgba_visual(gtk_widget_get_screen(window_))) {
     if (isPanel()) gtk_widget_set_visual(window_, visual);  // only before it is realized
   }

@@ -19,8 +19,14 @@ const char* themeIconFor(const std::string& symbol) {
 
 }  // namespace
 
+GtkGraphics::GtkGraphics(const std::string& bundlePath)
+    : resources_(bundlePath + "/Contents/Resources") {
+  // The application's icon, for where it is not installed.
+  gtk_icon_theme_append_search_path(gtk_icon_theme_get_default(), (resources_ + "/icons").c_str());
+}
+
 std::shared_ptr<NSImage> GtkGraphics::imageNamed(const std::string& name) {
-  const std::string path = bundlePath_ + "/Contents/Resources/" + name + "-symbolic.svg";
+  const std::string path = resources_ + '/' + name + "-symbolic.svg";
   std::error_code unreadable;
   if (!std::filesystem::is_regular_file(path, unreadable)) return nullptr;
   return std::make_shared<PixbufImage>(path, NSSize{kPaintedSide, kPaintedSide}, [path] {

@@ -11,7 +11,7 @@ namespace norvane {
 /// that is the name of the PixbufImage, so that who can draw icons in another colour may do so.
 class GtkGraphics : public PixbufGraphics {
  public:
-  explicit GtkGraphics(std::string bundlePath) : bundlePath_(std::move(bundlePath)) {}
+  explicit GtkGraphics(const std::string& bundlePath);
 
   /// NAME-symbolic.svg among the bundle's resources.
   std::shared_ptr<NSImage> imageNamed(const std::string& name) override;
@@ -19,7 +19,7 @@ class GtkGraphics : public PixbufGraphics {
       const std::string& name, const std::string& accessibilityDescription) override;
 
  private:
-  std::string bundlePath_;
+  std::string resources_;
 };
 
 }  // namespace norvane

@@ -25,6 +25,29 @@ namespace {
 
 constexpr const char* kApplicationId = "cn.kestrio.norvane";
 
+/// False without a display that can be used.
+bool initToolkit() {
+  g_set_prgname(kApplicationId);  // by which desktops find the application's entry
+  g_set_application_name("Norvane");
+  gdk_set_allowed_backends("x11");
+  gdk_set_program_class(kApplicationId);
+  // The built-in views draw without GL, whose libraries the toolkit would load for the first
+  // program of a display; a UI engine that draws with it would leave this out. It is read here and
+  // no more, so that programs that the host starts do not inherit it.
+  if (!environmentVariable("GDK_GL")) {
+    g_setenv("GDK_GL", "disable", FALSE);
+    gdk_parse_args(nullptr, nullptr);
+    g_unsetenv("GDK_GL");
+  }
+  if (!gtk_init_check(nullptr, nullptr)) return false;
+  gtk_window_set_default_icon_name(kApplicationId);
+  // What screen readers say; the toolkit would tell them the program's name, which is the id.
+  ATK_OBJECT_GET_CLASS(atk_get_root())->get_name = [](AtkObject*) {
+    return g_get_application_name();
+  };
+  return true;
+}
+
 int refuse(int status, const std::string& message) {
   std::fprintf(stderr, "Norvane: %s\n", message.c_str());
   return status;
@@ -69,11 +92,8 @@ int runGtk(const CommandLine& commandLine, const MainInterface& mainInterface) {
   const bool isLookedInto = isWaylandSession();
   if (!commandLine.allowDebugger && !isLookedInto) forbidDebuggers();
   surviveFailedWrites();
-  ::umask(S_IRWXG | S_IRWXO);     // whatever is kept is the user's alone
-  g_set_prgname(kApplicationId);  // by which desktops find the application's entry
-  gdk_set_allowed_backends("x11");
-  gdk_set_program_class(kApplicationId);
-  if (!gtk_init_check(nullptr, nullptr)) {
+  ::umask(S_IRWXG | S_IRWXO);  // whatever is kept is the user's alone
+  if (!initToolkit()) {
     return refuse(kExitNoDesktop,
                   "the display cannot be used; --platform headless runs without one");
   }

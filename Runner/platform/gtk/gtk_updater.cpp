@@ -5,6 +5,7 @@
 
 #include <gtk/gtk.h>
 
+#include "base/utf8.h"
 #include "platform/linux/glib_handles.h"
 #include "platform/session/update_feed.h"
 
@@ -67,7 +68,7 @@ void GtkUpdater::show(const UpdateFinding& finding) {
       say("Norvane is up to date", "There is nothing newer than version %s.", version_.c_str());
       break;
     case UpdateFinding::Kind::unknown:
-      say("Norvane could not look for a newer version", "%s.", finding.reason.c_str());
+      say("Norvane could not look for a newer version", "%s.", utf8Of(finding.reason).c_str());
       break;
     case UpdateFinding::Kind::noFeed:
       say("Norvane does not look for newer versions",

@@ -5,6 +5,7 @@
 #include <gdk/gdk.h>
 #include <pango/pangocairo.h>
 
+#include "base/utf8.h"
 #include "platform/linux/glib_handles.h"
 
 namespace norvane {
@@ -46,7 +47,8 @@ const std::string& StatusItemContent::name() const {
 }
 
 std::string StatusItemContent::templateIcon() const {
-  return image && image->isTemplate() ? image->name() : std::string();
+  if (!image || !image->isTemplate()) return {};
+  return isWellFormedUtf8(image->name()) ? image->name() : std::string();  // the bus takes no other
 }
 
 Pixbuf StatusItemContent::pixels(int side) const {

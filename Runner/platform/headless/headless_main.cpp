@@ -43,7 +43,7 @@ int runHeadless(const CommandLine& commandLine, const MainInterface& mainInterfa
   try {
     if (commandLine.desktopProfile) profile = readProfile(*commandLine.desktopProfile);
   } catch (const std::exception& error) {
-    return refuse(kExitBadProfile, std::string("the profile is not valid: ") + error.what());
+    return refuse(kExitBadData, std::string("the profile is not valid: ") + error.what());
   }
   StderrLog log;
   GlibDispatch dispatch;

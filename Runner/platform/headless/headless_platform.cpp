@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "base/utf8.h"
+
 namespace norvane {
 
 ASCredentialIdentityStoreState HeadlessCredentialStore::state() const {
@@ -28,7 +30,8 @@ std::optional<std::string> HeadlessFileManager::containerURLForSecurityApplicati
 
 std::optional<std::string> HeadlessFileManager::URLForUbiquityContainerIdentifier(
     const std::string& identifier) {
-  if (!profile_.get(&Profile::icloud)) return std::nullopt;
+  // Its path is told to the UI.
+  if (!profile_.get(&Profile::icloud) || !isWellFormedUtf8(dataDirectory_)) return std::nullopt;
   return dataDirectory_ + "/Mobile Documents/" + identifier;
 }
 

@@ -6,6 +6,7 @@
 #include <system_error>
 #include <utility>
 
+#include "base/utf8.h"
 #include "platform/linux/atomic_file.h"
 
 namespace norvane {
@@ -75,8 +76,9 @@ SMAppServiceStatus HeadlessAppService::status() const {
   if (const auto forced = profile_.get(&Profile::loginItem).status) {
     return static_cast<SMAppServiceStatus>(*forced);
   }
-  return std::filesystem::exists(path_) ? SMAppServiceStatus::enabled
-                                        : SMAppServiceStatus::notRegistered;
+  std::error_code unreadable;
+  if (std::filesystem::exists(path_, unreadable)) return SMAppServiceStatus::enabled;
+  return unreadable ? SMAppServiceStatus::notFound : SMAppServiceStatus::notRegistered;
 }
 
 std::optional<ServiceError> HeadlessAppService::registerService() {
@@ -98,7 +100,7 @@ std::optional<ServiceError> HeadlessAppService::keep(SMAppServiceStatus status) 
       std::filesystem::remove(path_);
     }
   } catch (const std::system_error& error) {
-    return ServiceError{.localizedDescription = error.code().message(),
+    return ServiceError{.localizedDescription = utf8Of(error.code().message()),
                         .description = error.what()};
   }
   return std::nullopt;

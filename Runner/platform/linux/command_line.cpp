@@ -22,9 +22,13 @@ CommandLine ended(int exitStatus) {
   return commandLine;
 }
 
+CommandLine refused(int exitStatus, const std::string& message) {
+  std::fprintf(stderr, "Norvane: %s\n", message.c_str());
+  return ended(exitStatus);
+}
+
 CommandLine usageError(const std::string& message) {
-  std::fprintf(stderr, "Norvane: %s (try --help)\n", message.c_str());
-  return ended(kExitUsage);
+  return refused(kExitUsage, message + " (try --help)");
 }
 
 bool isLink(const char* argument) {
@@ -108,6 +112,8 @@ CommandLine parseCommandLine(int argc, char** argv) {
     if (commandLine.headless || !isLink(*argument)) {
       return usageError(std::string("unexpected argument ") + *argument);
     }
+    // The UI's texts are UTF-8, and so are the session bus's.
+    if (!isWellFormedUtf8(*argument)) return refused(kExitBadData, "a link must be UTF-8");
     commandLine.links.emplace_back(*argument);
   }
   if (ui && std::string_view("console") != ui.get()) {

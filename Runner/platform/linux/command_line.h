@@ -7,9 +7,9 @@
 namespace norvane {
 
 // Exit statuses, after sysexits.h.
-inline constexpr int kExitUsage = 64;       ///< a wrong command line
-inline constexpr int kExitBadProfile = 65;  ///< a profile that is not valid
-inline constexpr int kExitNoDesktop = 69;   ///< no display, or a build without the real desktop
+inline constexpr int kExitUsage = 64;      ///< a wrong command line
+inline constexpr int kExitBadData = 65;    ///< a profile or a link that is not valid
+inline constexpr int kExitNoDesktop = 69;  ///< no display, or a build without the real desktop
 inline constexpr int kExitNoDataDirectory = 73;  ///< a data directory that cannot be used
 inline constexpr int kExitInUse = 75;            ///< another host has the data directory
 
@@ -23,8 +23,8 @@ struct CommandLine {
   bool atLogin = false;        ///< started with the session, not by the person
   std::vector<std::string> links;
 
-  /// Set when there is nothing to run: after --help, --version or a usage error, which were
-  /// answered.
+  /// Set when there is nothing to run: after --help, --version, a usage error or a link that is not
+  /// UTF-8, which were answered.
   std::optional<int> exitStatus;
 };
 

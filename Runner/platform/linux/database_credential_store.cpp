@@ -3,6 +3,8 @@
 #include <exception>
 #include <utility>
 
+#include "base/utf8.h"
+
 namespace norvane {
 
 DatabaseCredentialStore::DatabaseCredentialStore(const std::string& dataDirectory,
@@ -35,7 +37,7 @@ void DatabaseCredentialStore::run(Operation operation, Completion completion) {
     const std::lock_guard lock(mutex_);
     operation(database_);
   } catch (const std::exception& failure) {
-    error = failure.what();
+    error = utf8Of(failure.what());
   }
   completion(!error, error);
 }

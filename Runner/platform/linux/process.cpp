@@ -2,6 +2,9 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <filesystem>
+#include <system_error>
+#include <utility>
 
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -12,10 +15,19 @@
 namespace norvane {
 
 bool LinuxDynamicLoader::dlopen(const std::string& path) {
-  return ::dlopen(path.c_str(), RTLD_NOW | RTLD_GLOBAL) != nullptr;
+  std::error_code unreadable;
+  // The system's loader would wait for a pipe's other end.
+  if (!std::filesystem::is_regular_file(path, unreadable)) {
+    refusal_ = unreadable ? unreadable.message() : "not a regular file";
+    return false;
+  }
+  refusal_.reset();
+  const std::string file = path.find('/') == std::string::npos ? "./" + path : path;
+  return ::dlopen(file.c_str(), RTLD_NOW | RTLD_GLOBAL) != nullptr;
 }
 
 std::optional<std::string> LinuxDynamicLoader::dlerror() {
+  if (refusal_) return std::exchange(refusal_, std::nullopt);
   const char* text = ::dlerror();
   return text ? std::optional<std::string>(text) : std::nullopt;
 }

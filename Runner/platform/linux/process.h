@@ -11,6 +11,9 @@ class LinuxDynamicLoader : public DynamicLoader {
  public:
   bool dlopen(const std::string& path) override;
   std::optional<std::string> dlerror() override;
+
+ private:
+  std::optional<std::string> refusal_;  ///< the last failure, where the system's loader has no part
 };
 
 /// The value of an environment variable.

@@ -9,6 +9,7 @@
 
 #include <glib.h>
 
+#include "base/utf8.h"
 #include "platform/linux/atomic_file.h"
 #include "platform/linux/glib_handles.h"
 
@@ -51,7 +52,7 @@ std::optional<std::string> quoted(const std::string& path) {
 }
 
 ServiceError failure(const std::system_error& error) {
-  return {.localizedDescription = error.code().message(), .description = error.what()};
+  return {.localizedDescription = utf8Of(error.code().message()), .description = error.what()};
 }
 
 }  // namespace

@@ -15,6 +15,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "base/utf8.h"
 #include "platform/linux/pixbuf_graphics.h"
 #include "platform/x11/x11_focus.h"
 
@@ -233,7 +234,7 @@ std::optional<NSRunningApplication> X11Workspace::applicationOf(XWindow window) 
   traces.applicationId = xText(window, "_GTK_APPLICATION_ID");
   if (process) traces.executable = executableOf(*process);
   // Two texts, each with a zero behind it.
-  const std::string names = xText(window, "WM_CLASS");
+  const std::string names = utf8OfLatin1(xText(window, "WM_CLASS"));
   traces.instance = names.substr(0, names.find('\0'));
   if (traces.instance.size() < names.size()) {
     traces.windowClass = names.c_str() + traces.instance.size() + 1;
@@ -245,12 +246,13 @@ std::optional<NSRunningApplication> X11Workspace::applicationOf(XWindow window) 
     std::string id = g_app_info_get_id(G_APP_INFO(entry.get()));
     if (id.ends_with(".desktop")) id.resize(id.size() - std::string_view(".desktop").size());
     const std::string_view known = identifierOf(id);
-    application.bundleIdentifier = known.empty() ? id : known;
+    application.bundleIdentifier = known.empty() ? utf8Of(id) : known;
     application.localizedName = g_app_info_get_name(G_APP_INFO(entry.get()));
   } else if (!traces.windowClass.empty()) {
     application.localizedName = traces.windowClass;
   } else if (!traces.executable.empty()) {
-    application.localizedName = std::filesystem::path(traces.executable).filename();
+    application.localizedName =
+        utf8Of(std::filesystem::path(traces.executable).filename().string());
   } else {
     return std::nullopt;  // gone meanwhile, or says nothing of itself
   }
