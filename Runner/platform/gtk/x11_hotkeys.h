@@ -4,6 +4,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 
 #include "platform/gtk/event_time.h"
 #include "platform/gtk/hot_key_handler.h"
@@ -53,7 +54,6 @@ class X11Hotkeys : public CarbonEventManager {
   };
 
   bool take(const _XEvent& event);
-  bool takePress(unsigned key, unsigned state, std::uint32_t time);
   /// After the keyboard was exchanged or its map changed.
   void grabAnew();
 
@@ -62,8 +62,7 @@ class X11Hotkeys : public CarbonEventManager {
   _GdkKeymap* keymap_;
   std::map<EventHotKeyRef, Registration> registrations_;
   EventHotKeyRef lastRef_ = 0;
-  /// When each hotkey's key that is down was last pressed or repeated.
-  std::map<unsigned, std::uint32_t> down_;
+  std::set<unsigned> down_;  ///< keys of hotkeys, for all that has been seen of them
   X11EventFilter filter_;
 };
 
