@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <fstream>
 #include <memory>
 #include <optional>
 #include <string>
@@ -17,6 +18,7 @@
 #include "platform/gtk/session.h"
 #include "platform/gtk/x11_hotkeys.h"
 #include "platform/gtk/x11_keyboard.h"
+#include "platform/gtk/x11_properties.h"
 #include "platform/headless/headless_platform.h"
 #include "platform/linux/glib_dispatch.h"
 #include "real_desktop.h"
@@ -254,6 +256,31 @@ TEST_F(X11Input, AHotkeyIsHeldWholeOrNotAtAllAndStaysOnItsKey) {
   EXPECT_TRUE(await([&] { return !isFree(moved) && isFree(kCmdBackslash); }));
   press(kCmdBackslash);
   EXPECT_TRUE(await([&] { return presses.size() == 1; }));
+}
+
+TEST_F(X11Input, WhereTheWindowManagerKeepsSuperACombinationWithItIsTaken) {
+  const std::string schemas = std::getenv("HOME");
+  std::ofstream(schemas + "/mutter.gschema.xml")
+      << "<schemalist><schema id='org.gnome.mutter' path='/org/gnome/mutter/'><key type='s' "
+         "name='overlay-key'><default>'Super_L'</default></key></schema></schemalist>";
+  ASSERT_EQ(std::system(("glib-compile-schemas " + schemas).c_str()), 0);
+  ::setenv("GSETTINGS_SCHEMA_DIR", schemas.c_str(), 1);
+  ::setenv("GSETTINGS_BACKEND", "memory", 1);
+  const XWindow manager = xNumber(DefaultRootWindow(x), "_NET_SUPPORTING_WM_CHECK");
+  const std::string name = xText(manager, "_NET_WM_NAME");
+  const auto rename = [&](const std::string& to) {
+    XChangeProperty(x, manager, XInternAtom(x, "_NET_WM_NAME", False),
+                    XInternAtom(x, "UTF8_STRING", False), 8, PropModeReplace,
+                    reinterpret_cast<const unsigned char*>(to.data()), static_cast<int>(to.size()));
+    XSync(x, False);
+  };
+  rename("GNOME Shell");
+  EXPECT_EQ(take(kCmdBackslash), eventHotKeyExistsErr);
+  EXPECT_EQ(take({{49, 0x0A00}, 65, 0, {}}), noErr);
+  const GObjectPtr<GSettings> settings(g_settings_new("org.gnome.mutter"));
+  g_settings_set_string(settings.get(), "overlay-key", "");
+  EXPECT_EQ(take(kCmdBackslash), noErr);
+  rename(name);
 }
 
 TEST_F(X11Input, SecureEntryGoesWithTheFocusOfOurWindowsAndKeepsHotkeys) {

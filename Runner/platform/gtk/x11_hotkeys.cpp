@@ -11,6 +11,7 @@
 #include "platform/gtk/key_codes.h"
 #include "platform/gtk/x11_focus.h"
 #include "platform/gtk/x11_keymap.h"
+#include "platform/gtk/x11_super_key.h"
 #include "platform/hot_key_press.h"
 #include "platform/log.h"
 
@@ -131,6 +132,7 @@ OSStatus X11Hotkeys::RegisterEventHotKey(std::uint32_t keyCode, std::uint32_t mo
   const bool ours = std::ranges::any_of(
       registrations_, [&](const auto& held) { return held.second.grabbed == combination; });
   if (ours) return eventHotKeyExistsErr;
+  if ((modifiers & cmdKey) && windowManagerKeepsSuper()) return eventHotKeyExistsErr;
   const OSStatus status = grab(*combination);
   if (status != noErr) return status;
   registrations_[++lastRef_] = {keyCode, modifiers, id, combination};

@@ -27,7 +27,8 @@ struct X11Combination {
 /// Hotkeys as passive grabs of keys on an X server. Key codes are places on the keyboard, whatever
 /// layout it has; ⌘ is the Super key and option is Alt. Locks do not matter, and a key that is held
 /// down is pressed once. They work as well while a grab of the application's own keeps all keys in
-/// its windows. Main thread; made after the toolkit is initialised.
+/// its windows. Those with the Super key are taken where the window manager keeps that for itself.
+/// Main thread; made after the toolkit is initialised.
 ///
 /// On a Wayland session the server would grant grabs that see nothing; see makeHotkeys.
 class X11Hotkeys : public CarbonEventManager {
