@@ -19,7 +19,7 @@ DatabaseCredentialStore::Conduct conductWhen(bool isEnabled) {
 }  // namespace
 
 GtkPlatform::GtkPlatform(const std::string& dataDirectory, GlibDispatch& dispatch, Log& log,
-                         std::function<void()> quit)
+                         std::function<void()> quit, std::function<void()> portalAnswered)
     : bundle(log),
       fileManager(dataDirectory),
       keychain(dispatch),
@@ -28,7 +28,7 @@ GtkPlatform::GtkPlatform(const std::string& dataDirectory, GlibDispatch& dispatc
           dataDirectory, dispatch,
           [isEnabled = userDefaults.boolForKey(kIdentitiesKey)] { return conductWhen(isEnabled); }),
       graphics(bundle.bundlePath()),
-      hotkeys(makeHotkeys(eventTime, dispatch)),
+      hotkeys(makeHotkeys(eventTime, dispatch, std::move(portalAnswered))),
       statusBar(eventTime),
       appService(bundle.bundlePath() + "/Contents/MacOS/Norvane"),
       updater(dispatch, bundle.infoText("SUFeedURL"), NORVANE_VERSION),
