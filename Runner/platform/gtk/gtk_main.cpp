@@ -74,6 +74,10 @@ void refuseDesktopEvent(const std::string& event, JsonDocument&, JsonWriter&) {
 }  // namespace
 
 int runGtk(const CommandLine& commandLine, const MainInterface& mainInterface) {
+  if (commandLine.quit) {
+    const auto failure = SingleInstance::quitRunning(kApplicationId);
+    return failure ? refuse(kExitNoDesktop, *failure) : 0;
+  }
   ensureStandardDescriptors();
   disableCoreDumps();
   // The desktop's portal looks into a process before it serves its connection for the first time,
@@ -131,7 +135,8 @@ int runGtk(const CommandLine& commandLine, const MainInterface& mainInterface) {
       [&] {
         host->eventTime.set(0);
         host->desktop.reopen();
-      });
+      },
+      [&] { dispatch.quit(); });
   for (const std::string& link : commandLine.links) {
     dispatch.mainAsync([&host, link] { host->desktop.openURL(link); });
   }

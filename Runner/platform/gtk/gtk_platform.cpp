@@ -29,7 +29,12 @@ GtkPlatform::GtkPlatform(const std::string& dataDirectory, GlibDispatch& dispatc
           [isEnabled = userDefaults.boolForKey(kIdentitiesKey)] { return conductWhen(isEnabled); }),
       graphics(bundle.bundlePath()),
       hotkeys(makeHotkeys(eventTime, dispatch, std::move(portalAnswered))),
-      statusBar(eventTime),
+      statusBar(eventTime, {{"Show Norvane",
+                             [this] {
+                               eventTime.set(0);
+                               desktop.reopen();
+                             }},
+                            {"Quit", quit}}),
       appService(bundle.bundlePath() + "/Contents/MacOS/Norvane"),
       updater(dispatch, bundle.infoText("SUFeedURL"), NORVANE_VERSION),
       workspace(bundle.bundleIdentifier()),
