@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -54,18 +55,28 @@ class RealDesk {
     return call("org.freedesktop.DBus.Properties.GetAll", {"org.kde.StatusNotifierItem"});
   }
   bool click() { return !call("org.kde.StatusNotifierItem.Activate", {"3", "4"}).empty(); }
+  std::string menu() {
+    return call("com.canonical.dbusmenu.GetLayout", {"0", "2", "[]"}, "/StatusNotifierItem/Menu");
+  }
+  void choose(const char* item) {
+    call("com.canonical.dbusmenu.Event", {item, "clicked", "<0>", "0"}, "/StatusNotifierItem/Menu");
+  }
+  std::vector<std::string> chosen;
 
  private:
   /// Empty when the item does not answer.
-  std::string call(const char* method, std::vector<const char*> arguments) {
+  std::string call(const char* method, std::vector<const char*> arguments,
+                   const char* path = "/StatusNotifierItem") {
     if (item_.empty()) item_ = announcedItem();
     arguments.insert(arguments.begin(),
                      {"env", "LC_ALL=C.UTF-8", "gdbus", "call", "--session", "--dest",
-                      item_.c_str(), "--object-path", "/StatusNotifierItem", "--method", method});
+                      item_.c_str(), "--object-path", path, "--method", method});
     return outputOf(arguments).value_or("");
   }
   EventTime eventTime_;
-  GtkStatusBar bar_{eventTime_};
+  GtkStatusBar bar_{eventTime_,
+                    {{"Show Norvane", [this] { chosen.emplace_back("show"); }},
+                     {"Quit", [this] { chosen.emplace_back("quit"); }}}};
   std::string item_;
 };
 
@@ -103,6 +114,13 @@ TEST(RealStatusBar, ComesBackWithThePanelAndGivesItsPictureInTheRightForm) {
   const auto item = desk.statusBar().statusItemWithLength(NSSquareStatusItemLength);
   EXPECT_FALSE(has(desk.seen(), "'IconPixmap': <[(22"));  // nothing to show yet
   EXPECT_NE(desk.announcedItem(), "");                    // to the next panel too
+  EXPECT_TRUE(has(desk.seen(), "'Menu': <objectpath '/StatusNotifierItem/Menu'>"));
+  const std::string menu = desk.menu();
+  std::smatch found;
+  ASSERT_TRUE(std::regex_search(menu, found, std::regex("\\((\\d+), \\{'label': <'Quit'>\\}")))
+      << menu;
+  desk.choose(found.str(1).c_str());
+  EXPECT_TRUE(await([&] { return desk.chosen == std::vector<std::string>{"quit"}; }));
   item->button()->setTitle("NV");
   EXPECT_TRUE(has(desk.seen(), "0xff, 0xff, 0xff, 0xff"));  // drawn in white
 

@@ -81,8 +81,8 @@ class BareDesktop(HostTest):
         desktop.press(desktop.BACKSLASH)
         host.read_until(lambda line: line.get("call") == "hidden")
 
-    def assert_ends_well(self, host):
-        os.kill(host.pid, signal.SIGTERM)
+    def assert_ends_well(self, host, end=lambda host: os.kill(host.pid, signal.SIGTERM)):
+        end(host)
         status, _, log = host.ended()
         self.assertEqual((status, [line for line in log if not line.startswith("[Norvane] ")
                                    or "fault" in line]), (0, []))
@@ -174,7 +174,10 @@ class BareDesktop(HostTest):
         host.call("norvane/deeplink", "flutterReady")
         subprocess.run([EXECUTABLE, links[1]], check=True, timeout=TIMEOUT, env=environment())
         self.assertEqual([host.next_ui_call()["arguments"]["url"] for _ in links], links)
-        log = self.assert_ends_well(host)
+        quit_running = [EXECUTABLE, "--quit"]
+        log = self.assert_ends_well(host, lambda _: subprocess.run(
+            quit_running, check=True, timeout=TIMEOUT, env=environment()))
+        subprocess.run(quit_running, check=True, timeout=TIMEOUT, env=environment())  # none starts
         self.assertEqual(sum("] received deeplink: " in line for line in log), 2)
         self.assertNotRegex("".join(log), r"[\x00-\x1f\x7f\u2028]")
 

@@ -24,6 +24,7 @@ with tempfile.TemporaryDirectory(prefix="an odd prefix") as prefix:
     os.environ["PATH"] = f"{prefix}/bin:{os.environ['PATH']}"  # where GLib looks for Exec
     entry = Gio.DesktopAppInfo.new_from_filename(entry_path)
     assert entry.get_supported_types() == ["x-scheme-handler/norvane"] and entry.supports_uris()
+    assert entry.list_actions() == ["Quit"] and entry.get_action_name("Quit") == "Quit"
     assert "Norvane" in run(entry.get_executable(), "--version")
     with open(f"{share}/dbus-1/services/{ID}.service", encoding="utf-8") as service:
         assert service.read().splitlines()[1:] == [

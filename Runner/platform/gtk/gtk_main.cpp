@@ -77,6 +77,18 @@ void warmUpWhenIdle(X11Workspace& workspace) {
       &workspace, nullptr);
 }
 
+/// For a portal that never answers.
+void forbidDebuggersLater() {
+  constexpr unsigned kLongestStart = 30;  // seconds
+  g_timeout_add_seconds(
+      kLongestStart,
+      [](gpointer) -> gboolean {
+        forbidDebuggers();
+        return G_SOURCE_REMOVE;
+      },
+      nullptr);
+}
+
 /// The person speaks to the real desktop, not to its console.
 void refuseDesktopEvent(const std::string& event, JsonDocument&, JsonWriter&) {
   throw JsonError("the real desktop takes no event \"" + event + "\" from the console");
@@ -85,12 +97,19 @@ void refuseDesktopEvent(const std::string& event, JsonDocument&, JsonWriter&) {
 }  // namespace
 
 int runGtk(const CommandLine& commandLine, const MainInterface& mainInterface) {
+  if (commandLine.quit) {
+    const auto failure = SingleInstance::quitRunning(kApplicationId);
+    return failure ? refuse(kExitNoDesktop, *failure) : 0;
+  }
   ensureStandardDescriptors();
   disableCoreDumps();
   // The desktop's portal looks into a process before it serves its connection for the first time,
   // and serves none that it may not look into. On a Wayland session the hotkey comes from there.
   const bool isLookedInto = isWaylandSession();
-  if (!commandLine.allowDebugger && !isLookedInto) forbidDebuggers();
+  const auto forbidUnlessAllowed = [&] {
+    if (!commandLine.allowDebugger) forbidDebuggers();
+  };
+  if (!isLookedInto) forbidUnlessAllowed();
   surviveFailedWrites();
   ::umask(S_IRWXG | S_IRWXO);  // whatever is kept is the user's alone
   if (!initToolkit()) {
@@ -114,7 +133,8 @@ int runGtk(const CommandLine& commandLine, const MainInterface& mainInterface) {
   std::optional<GtkPlatform> host;
   try {
     directory.emplace(commandLine.dataDirectory);
-    host.emplace(directory->path(), dispatch, log, [&] { dispatch.quit(); });
+    host.emplace(
+        directory->path(), dispatch, log, [&] { dispatch.quit(); }, forbidUnlessAllowed);
   } catch (const DataDirectoryInUse& inUse) {
     return refuse(kExitInUse, std::string("another host uses the data directory ") + inUse.what());
   } catch (const std::exception& error) {
@@ -126,7 +146,7 @@ int runGtk(const CommandLine& commandLine, const MainInterface& mainInterface) {
   if (commandLine.console) console.emplace(host->ui, dispatch, &refuseDesktopEvent);
   quitOnSignals(dispatch);
   host->desktop.launch(mainInterface, /*takesKeyboard=*/!commandLine.atLogin);
-  if (!commandLine.allowDebugger && isLookedInto) forbidDebuggers();
+  if (isLookedInto && !commandLine.allowDebugger) forbidDebuggersLater();
   instance.listen(
       [&](const std::string& link) {
         host->eventTime.set(0);
@@ -135,7 +155,8 @@ int runGtk(const CommandLine& commandLine, const MainInterface& mainInterface) {
       [&] {
         host->eventTime.set(0);
         host->desktop.reopen();
-      });
+      },
+      [&] { dispatch.quit(); });
   for (const std::string& link : commandLine.links) {
     dispatch.mainAsync([&host, link] { host->desktop.openURL(link); });
   }

@@ -13,7 +13,7 @@ constexpr const char* kIdentitiesKey = "NorvaneCredentialIdentities";
 }  // namespace
 
 GtkPlatform::GtkPlatform(const std::string& dataDirectory, GlibDispatch& dispatch, Log& log,
-                         std::function<void()> quit)
+                         std::function<void()> quit, std::function<void()> portalAnswered)
     : bundle(log),
       fileManager(dataDirectory),
       keychain(dispatch),
@@ -22,8 +22,13 @@ GtkPlatform::GtkPlatform(const std::string& dataDirectory, GlibDispatch& dispatc
                       {.isEnabled = userDefaults.boolForKey(kIdentitiesKey),
                        .supportsIncrementalUpdates = true}),
       graphics(bundle.bundlePath()),
-      hotkeys(makeHotkeys(eventTime, dispatch)),
-      statusBar(eventTime),
+      hotkeys(makeHotkeys(eventTime, dispatch, std::move(portalAnswered))),
+      statusBar(eventTime, {{"Show Norvane",
+                             [this] {
+                               eventTime.set(0);
+                               desktop.reopen();
+                             }},
+                            {"Quit", quit}}),
       appService(bundle.bundlePath() + "/Contents/MacOS/Norvane"),
       updater(dispatch, bundle.infoText("SUFeedURL"), NORVANE_VERSION),
       workspace(bundle.bundleIdentifier()),

@@ -28,10 +28,10 @@
 namespace norvane {
 
 /// The services of the real desktop, on one data directory that nobody else uses. Made once the
-/// toolkit runs.
+/// toolkit runs. `portalAnswered` as in makeHotkeys.
 struct GtkPlatform {
   GtkPlatform(const std::string& dataDirectory, GlibDispatch& dispatch, Log& log,
-              std::function<void()> quit);
+              std::function<void()> quit, std::function<void()> portalAnswered = {});
   /// Lets the application's windows and delegate go, while there is a platform for them.
   ~GtkPlatform();
 

@@ -11,8 +11,9 @@ namespace {
 
 class GtkStatusItem : public NSStatusItem, public NSStatusBarButton {
  public:
-  explicit GtkStatusItem(EventTime& eventTime)
+  GtkStatusItem(EventTime& eventTime, StatusMenu menu)
       : eventTime_(eventTime),
+        content_{.menu = std::move(menu)},
         // The bus brings no time with a click; without one the server's own is taken.
         notifier_(
             content_, [this] { clicked(0); }, [this](bool shown) { shownChanged(shown); }) {}
@@ -62,7 +63,7 @@ class GtkStatusItem : public NSStatusItem, public NSStatusBarButton {
 }  // namespace
 
 std::unique_ptr<NSStatusItem> GtkStatusBar::statusItemWithLength(double /*length*/) {
-  return std::make_unique<GtkStatusItem>(eventTime_);
+  return std::make_unique<GtkStatusItem>(eventTime_, menu_);
 }
 
 }  // namespace norvane

@@ -1,17 +1,26 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "platform/linux/pixbuf_graphics.h"
 
 namespace norvane {
 
-/// What a status item shows, as the host set it.
+struct StatusMenuItem {
+  std::string label;
+  std::function<void()> action;
+};
+using StatusMenu = std::vector<StatusMenuItem>;
+
+/// What a status item shows, as the host set it, and its menu, which does not change.
 struct StatusItemContent {
   std::shared_ptr<PixbufImage> image;
   std::string title;
   std::string toolTip;
+  StatusMenu menu;
 
   /// What the application is called where a name is needed and the item has no title.
   const std::string& name() const;

@@ -5,6 +5,7 @@
 
 #include <gdk-pixbuf/gdk-pixbuf.h>
 #include <gio/gio.h>
+#include <libdbusmenu-glib/dbusmenu-glib.h>
 #include <unistd.h>
 
 #include "platform/log.h"
@@ -15,7 +16,7 @@ namespace {
 constexpr const char* kWatcher = "org.kde.StatusNotifierWatcher";
 constexpr const char* kItem = "org.kde.StatusNotifierItem";
 constexpr const char* kItemPath = "/StatusNotifierItem";
-// No menu is offered, not even an empty one: panels then ask for it and complain.
+constexpr const char* kMenuPath = "/StatusNotifierItem/Menu";
 constexpr const char* kIntrospection = R"xml(<node><interface name="org.kde.StatusNotifierItem">
   <property name="Category" type="s" access="read"/>
   <property name="Id" type="s" access="read"/>
@@ -26,6 +27,7 @@ constexpr const char* kIntrospection = R"xml(<node><interface name="org.kde.Stat
   <property name="IconPixmap" type="a(iiay)" access="read"/>
   <property name="ToolTip" type="(sa(iiay)ss)" access="read"/>
   <property name="ItemIsMenu" type="b" access="read"/>
+  <property name="Menu" type="o" access="read"/>
   <method name="Activate"><arg type="i" direction="in"/><arg type="i" direction="in"/></method>
   <method name="SecondaryActivate"><arg type="i" direction="in"/><arg type="i" direction="in"/></method>
   <method name="ContextMenu"><arg type="i" direction="in"/><arg type="i" direction="in"/></method>
@@ -58,6 +60,22 @@ void addPixmap(GVariantBuilder& pixmaps, GdkPixbuf* pixels) {
   g_variant_builder_add(
       &pixmaps, "(ii@ay)", width, height,
       g_variant_new_fixed_array(G_VARIANT_TYPE_BYTE, argb.data(), argb.size(), 1));
+}
+
+DbusmenuServer* serveMenu(const StatusMenu& menu) {
+  const GObjectPtr<DbusmenuMenuitem> root(dbusmenu_menuitem_new());
+  const auto chosen =
+      +[](DbusmenuMenuitem*, guint /*time*/, const StatusMenuItem* item) { item->action(); };
+  for (const StatusMenuItem& item : menu) {
+    const GObjectPtr<DbusmenuMenuitem> child(dbusmenu_menuitem_new());
+    dbusmenu_menuitem_property_set(child.get(), DBUSMENU_MENUITEM_PROP_LABEL, item.label.c_str());
+    g_signal_connect(child.get(), DBUSMENU_MENUITEM_SIGNAL_ITEM_ACTIVATED, G_CALLBACK(chosen),
+                     const_cast<StatusMenuItem*>(&item));
+    dbusmenu_menuitem_child_append(root.get(), child.get());
+  }
+  DbusmenuServer* server = dbusmenu_server_new(kMenuPath);
+  dbusmenu_server_set_root(server, root.get());
+  return server;
 }
 
 /// Empty where the icon has a name.
@@ -147,6 +165,7 @@ void StatusNotifierItem::serve(_GDBusConnection* connection) {
   connection_.reset(G_DBUS_CONNECTION(g_object_ref(connection)));
   object_ = g_dbus_connection_register_object(connection, kItemPath, interfaceInfo(), &kCallbacks,
                                               this, nullptr, nullptr);
+  menu_.reset(serveMenu(content_.menu));
 }
 
 void StatusNotifierItem::announce() {
@@ -166,6 +185,7 @@ GVariant* StatusNotifierItem::property(const std::string& name) const {
   if (name == "IconName") return text(icon.has_parent_path() ? icon.stem() : icon);
   if (name == "IconThemePath") return text(icon.parent_path());
   if (name == "IconPixmap") return pixmaps(content_);
+  if (name == "Menu") return g_variant_new_object_path(kMenuPath);
   if (name == "ItemIsMenu") return g_variant_new_boolean(FALSE);
   return g_variant_new("(s@a(iiay)ss)", "", g_variant_new("a(iiay)", nullptr),
                        content_.toolTip.c_str(), "");

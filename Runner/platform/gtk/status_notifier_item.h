@@ -6,6 +6,7 @@
 #include "platform/gtk/status_item_content.h"
 #include "platform/linux/glib_handles.h"
 
+struct _DbusmenuServer;
 struct _GCancellable;
 struct _GDBusConnection;
 struct _GDBusMethodInvocation;
@@ -13,7 +14,7 @@ struct _GDBusMethodInvocation;
 namespace norvane {
 
 /// A status item on the session bus, in the protocol of KDE that most panels speak: announced to
-/// the watcher whenever one appears. Main thread.
+/// the watcher whenever one appears, its menu by way of dbusmenu. Main thread.
 class StatusNotifierItem {
  public:
   /// `content` must outlive this object. `clicked` is called at each plain click, and may destroy
@@ -44,6 +45,7 @@ class StatusNotifierItem {
   std::string busName_;
   GObjectPtr<_GCancellable> cancellable_;
   GObjectPtr<_GDBusConnection> connection_;  // null until it is there
+  GObjectPtr<_DbusmenuServer> menu_;         // as well
   unsigned ownedName_ = 0;
   unsigned object_ = 0;
   unsigned watchedName_ = 0;

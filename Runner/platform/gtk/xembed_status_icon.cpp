@@ -26,17 +26,30 @@ GObjectPtr<GIcon> iconOf(const std::string& templateIcon) {
 
 XembedStatusIcon::XembedStatusIcon(const StatusItemContent& content,
                                    std::function<void(unsigned time)> clicked)
-    : clicked_(std::move(clicked)), icon_(gtk_status_icon_new()) {
+    : clicked_(std::move(clicked)), icon_(gtk_status_icon_new()), menu_(gtk_menu_new()) {
   const auto activated = +[](GtkStatusIcon*, gpointer self) {
     const auto action = static_cast<XembedStatusIcon*>(self)->clicked_;  // it may go meanwhile
     action(gtk_get_current_event_time());
   };
   g_signal_connect(icon_.get(), "activate", G_CALLBACK(activated), this);
+  const auto chosen = +[](GtkMenuItem*, const StatusMenuItem* item) { item->action(); };
+  for (const StatusMenuItem& item : content.menu) {
+    GtkWidget* child = gtk_menu_item_new_with_label(item.label.c_str());
+    g_signal_connect(child, "activate", G_CALLBACK(chosen), const_cast<StatusMenuItem*>(&item));
+    gtk_menu_shell_append(GTK_MENU_SHELL(menu_), child);
+  }
+  gtk_widget_show_all(menu_);
+  const auto asked = +[](GtkStatusIcon* icon, guint button, guint time, GtkMenu* menu) {
+    gtk_menu_popup(menu, nullptr, nullptr, gtk_status_icon_position_menu, icon, button, time);
+  };
+  g_signal_connect(icon_.get(), "popup-menu", G_CALLBACK(asked), menu_);
   show(content);
 }
 
 XembedStatusIcon::~XembedStatusIcon() {
   g_signal_handlers_disconnect_by_data(icon_.get(), this);
+  g_signal_handlers_disconnect_by_data(icon_.get(), menu_);
+  gtk_widget_destroy(menu_);
   gtk_status_icon_set_visible(icon_.get(), FALSE);
 }
 

@@ -6,6 +6,7 @@
 #include "platform/linux/glib_handles.h"
 
 struct _GtkStatusIcon;
+struct _GtkWidget;
 
 namespace norvane {
 
@@ -13,7 +14,8 @@ namespace norvane {
 /// only while there is such a panel. Main thread.
 class XembedStatusIcon {
  public:
-  /// `clicked` is called at each plain click with the time of the event, and may destroy this.
+  /// `content` must outlive this object. `clicked` is called at each plain click with the time of
+  /// the event, and may destroy this.
   XembedStatusIcon(const StatusItemContent& content, std::function<void(unsigned time)> clicked);
   XembedStatusIcon(const XembedStatusIcon&) = delete;
   ~XembedStatusIcon();
@@ -23,6 +25,7 @@ class XembedStatusIcon {
  private:
   std::function<void(unsigned)> clicked_;
   GObjectPtr<_GtkStatusIcon> icon_;
+  _GtkWidget* menu_;
 };
 
 }  // namespace norvane

@@ -45,6 +45,7 @@ CommandLine parseCommandLine(int argc, char** argv) {
   char* uiArgument = nullptr;
   gboolean allowDebugger = FALSE;
   gboolean atLogin = FALSE;
+  gboolean quit = FALSE;
   gboolean startedByBus = FALSE;  // which says itself what it wants
   gboolean version = FALSE;
   const GOptionEntry entries[] = {
@@ -58,6 +59,8 @@ CommandLine parseCommandLine(int argc, char** argv) {
        "Let processes of the same user look into this one", nullptr},
       {"at-login", 0, 0, G_OPTION_ARG_NONE, &atLogin,
        "Started with the session: do not take the keyboard", nullptr},
+      {"quit", 0, 0, G_OPTION_ARG_NONE, &quit, "End the instance that runs, and start none",
+       nullptr},
       {"gapplication-service", 0, G_OPTION_FLAG_HIDDEN, G_OPTION_ARG_NONE, &startedByBus,
        "Started by the session bus", nullptr},
       {"data-dir", 0, 0, G_OPTION_ARG_FILENAME, &directoryArgument,
@@ -122,6 +125,7 @@ CommandLine parseCommandLine(int argc, char** argv) {
   if (profile && !commandLine.headless) {
     return usageError("--desktop describes the headless desktop: add --platform headless");
   }
+  if (quit && commandLine.headless) return usageError("--quit ends a host on the real desktop");
   if (directory && !*directory) return usageError("--data-dir needs a directory");
   // Paths below it are told to the UI, whose texts are UTF-8.
   if (directory && !isWellFormedUtf8(directory.get())) {
@@ -132,6 +136,7 @@ CommandLine parseCommandLine(int argc, char** argv) {
   commandLine.console = ui != nullptr;
   commandLine.allowDebugger = allowDebugger;
   commandLine.atLogin = atLogin;
+  commandLine.quit = quit;
   return commandLine;
 }
 

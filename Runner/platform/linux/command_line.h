@@ -21,6 +21,7 @@ struct CommandLine {
   bool console = false;        ///< plays the UI; the headless desktop always has it
   bool allowDebugger = false;  ///< lets processes of the same user look into this one
   bool atLogin = false;        ///< started with the session, not by the person
+  bool quit = false;           ///< only ends the instance that runs
   std::vector<std::string> links;
 
   /// Set when there is nothing to run: after --help, --version, a usage error or a link that is not

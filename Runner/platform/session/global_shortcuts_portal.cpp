@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <chrono>
+#include <future>
+#include <thread>
 #include <utility>
 
 #include "platform/hotkey_press.h"
@@ -12,35 +14,42 @@
 namespace norvane {
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
 constexpr const char* kPortal = "org.freedesktop.portal.Desktop";
 constexpr const char* kPath = "/org/freedesktop/portal/desktop";
 constexpr const char* kShortcuts = "org.freedesktop.portal.GlobalShortcuts";
 constexpr auto kPatience = std::chrono::seconds(2);
+// Always the same: desktops list the shortcuts under it, and know them again by it.
+constexpr const char* kSessionToken = "norvane";
 constexpr EventHotKeyRef kHotKeyRef = 1;  // there is one at a time
 
 using ContextPtr = std::unique_ptr<GMainContext, Deleter<g_main_context_unref>>;
 
-int millisecondsUntil(Clock::time_point time) {
-  const auto left = std::chrono::ceil<std::chrono::milliseconds>(time - Clock::now()).count();
-  return static_cast<int>(std::max<std::int64_t>(left, 0));
-}
-
 /// What the portal said to a request.
 struct Answer {
-  enum Kind { given, refused, none } kind = none;
-  GVariantPtr results;  ///< of a{sv}
+  std::optional<guint32> response;  ///< 0 when it agrees; none while there is no answer
+  GVariantPtr results;              ///< of a{sv}
+  std::string error;                ///< why there will be none
 };
+
+/// Where the portal has what this process gave the token.
+std::string ownPath(GDBusConnection* bus, const char* kind, const std::string& token) {
+  std::string sender = g_dbus_connection_get_unique_name(bus) + 1;  // without the colon
+  std::ranges::replace(sender, '.', '_');
+  return std::string(kPath) + "/" + kind + "/" + sender + "/" + token;
+}
+
+std::string newToken() {
+  static int number = 0;
+  return "norvane" + std::to_string(++number);
+}
 
 /// The answer to one request to the portal, which comes as a signal of an object of its own. It is
 /// heard in a context of its own, so that the wait for it runs nothing else.
 class Request {
  public:
-  Request(GDBusConnection* bus, std::string token) : bus_(bus), token_(std::move(token)) {
-    std::string sender = g_dbus_connection_get_unique_name(bus) + 1;  // without the colon
-    std::ranges::replace(sender, '.', '_');
-    const std::string path = std::string(kPath) + "/request/" + sender + "/" + token_;
+  Request(GDBusConnection* bus, GCancellable* cancellable)
+      : bus_(bus), cancellable_(cancellable), token_(newToken()) {
+    const std::string path = ownPath(bus, "request", token_);
     g_main_context_push_thread_default(context_.get());
     subscription_ = g_dbus_connection_signal_subscribe(
         bus, kPortal, "org.freedesktop.portal.Request", "Response", path.c_str(), nullptr,
@@ -50,34 +59,31 @@ class Request {
   ~Request() { g_dbus_connection_signal_unsubscribe(bus_, subscription_); }
   Request(const Request&) = delete;
 
-  /// Makes the call, whose last argument is `options`, and waits.
-  Answer make(const char* method, GVariantBuilder& arguments, GVariantBuilder& options,
-              Clock::time_point deadline) {
+  /// Makes the call, whose last argument is `options`, and waits until it is answered or cancelled.
+  Answer make(const char* method, GVariantBuilder& arguments, GVariantBuilder& options) {
     g_variant_builder_add(&options, "{sv}", "handle_token", g_variant_new_string(token_.c_str()));
     g_variant_builder_add_value(&arguments, g_variant_builder_end(&options));
     GError* error = nullptr;
     const GVariantPtr called(g_dbus_connection_call_sync(
         bus_, kPortal, kPath, kShortcuts, method, g_variant_builder_end(&arguments), nullptr,
-        G_DBUS_CALL_FLAGS_NONE, std::max(millisecondsUntil(deadline), 1), nullptr, &error));
+        G_DBUS_CALL_FLAGS_NONE, G_MAXINT, cancellable_, &error));
     const GErrorPtr failure(error);
     if (!called) {
-      NSLog(
-          std::string("[Norvane] no global hotkey: on a Wayland session only the desktop portal's "
-                      "GlobalShortcuts can give one, and its ") +
-          method + " failed: " + error->message);
-      return {};
+      answer_.error = std::string(method) + " failed: " + error->message;
+      return std::move(answer_);
     }
-    GSource* timer = g_timeout_source_new(static_cast<guint>(millisecondsUntil(deadline)));
-    g_source_set_callback(
-        timer, [](gpointer) -> gboolean { return G_SOURCE_CONTINUE; }, nullptr, nullptr);
-    g_source_attach(timer, context_.get());
-    while (answer_.kind == Answer::none && Clock::now() < deadline) {
+    GSource* cancelled = g_cancellable_source_new(cancellable_);
+    const auto wake = +[](GCancellable*, gpointer) -> gboolean { return G_SOURCE_CONTINUE; };
+    g_source_set_callback(cancelled, G_SOURCE_FUNC(wake), nullptr, nullptr);
+    g_source_attach(cancelled, context_.get());
+    while (!answer_.response && !g_cancellable_is_cancelled(cancellable_)) {
       g_main_context_iteration(context_.get(), TRUE);
     }
-    g_source_destroy(timer);
-    g_source_unref(timer);
-    if (answer_.kind == Answer::none) {
-      NSLog("[Norvane] no global hotkey yet: the desktop has not decided about it");
+    g_source_destroy(cancelled);
+    g_source_unref(cancelled);
+    if (answer_.response.value_or(0) != 0) {
+      answer_.error =
+          std::string(method) + " was refused (" + std::to_string(*answer_.response) + ")";
     }
     return std::move(answer_);
   }
@@ -89,21 +95,16 @@ class Request {
     guint32 response = 0;
     GVariant* results = nullptr;
     g_variant_get(parameters, "(u@a{sv})", &response, &results);
-    *static_cast<Answer*>(answer) = {response == 0 ? Answer::given : Answer::refused,
-                                     GVariantPtr(results)};
+    *static_cast<Answer*>(answer) = {response, GVariantPtr(results), {}};
   }
 
   GDBusConnection* bus_;
+  GCancellable* cancellable_;
   std::string token_;
   ContextPtr context_{g_main_context_new()};
   guint subscription_ = 0;
   Answer answer_;
 };
-
-std::string newToken() {
-  static int number = 0;
-  return "norvane" + std::to_string(++number);
-}
 
 /// As the desktops write shortcuts; empty when this one cannot be written.
 std::string triggerText(std::uint32_t keyCode, std::uint32_t modifiers) {
@@ -124,32 +125,142 @@ GVariantBuilder builder(const char* type) {
   return made;
 }
 
-/// The key that the desktop gave to a shortcut, in its words; nothing when it did not say, empty
-/// when there is none.
-std::optional<std::string> givenTrigger(const Answer& answer, const std::string& shortcut) {
+/// The shortcuts as both calls take them. Named by its keys: the desktop remembers what it did with
+/// a name, and would not look at the keys of another choice.
+GVariant* shortcutsOf(const std::string& trigger) {
+  auto properties = builder("a{sv}");
+  g_variant_builder_add(&properties, "{sv}", "description",
+                        g_variant_new_string("Norvane — Quick Access"));
+  g_variant_builder_add(&properties, "{sv}", "preferred_trigger",
+                        g_variant_new_string(trigger.c_str()));
+  auto shortcuts = builder("a(sa{sv})");
+  g_variant_builder_add(&shortcuts, "(s@a{sv})", trigger.c_str(),
+                        g_variant_builder_end(&properties));
+  return g_variant_builder_end(&shortcuts);
+}
+
+/// What the desktop says of the shortcut; null when it does not name it.
+GVariantPtr listed(const Answer& answer, const std::string& shortcut) {
   const GVariantPtr shortcuts(
       g_variant_lookup_value(answer.results.get(), "shortcuts", G_VARIANT_TYPE("a(sa{sv})")));
-  if (!shortcuts) return std::nullopt;
+  if (!shortcuts) return nullptr;
   GVariantIter iterator;
   g_variant_iter_init(&iterator, shortcuts.get());
   const char* id = nullptr;
   GVariant* properties = nullptr;
   while (g_variant_iter_next(&iterator, "(&s@a{sv})", &id, &properties)) {
-    const GVariantPtr owner(properties);
-    const char* trigger = nullptr;
-    if (shortcut != id) continue;
-    if (!g_variant_lookup(properties, "trigger_description", "&s", &trigger)) return std::nullopt;
-    return trigger;
+    GVariantPtr owner(properties);
+    if (shortcut == id) return owner;
   }
-  return "";
+  return nullptr;
+}
+
+void closeSession(GDBusConnection* bus, const std::string& session, GCancellable* cancellable) {
+  const GVariantPtr closed(g_dbus_connection_call_sync(
+      bus, kPortal, session.c_str(), "org.freedesktop.portal.Session", "Close", nullptr, nullptr,
+      G_DBUS_CALL_FLAGS_NO_AUTO_START,
+      static_cast<int>(std::chrono::milliseconds(kPatience).count()), cancellable, nullptr));
 }
 
 }  // namespace
 
-GlobalShortcutsPortal::GlobalShortcutsPortal(EventTime& eventTime, Dispatch& dispatch)
-    : eventTime_(eventTime), dispatch_(dispatch), handler_(dispatch) {}
+/// One combination asked for, on a thread of its own: a portal that has yet to start, and a person,
+/// take their time.
+class GlobalShortcutsPortal::Attempt {
+ public:
+  struct Outcome {
+    OSStatus status = eventInternalErr;
+    bool hasAsked = false;  ///< the person may have been shown something
+    std::string session;    ///< the portal's path of it; empty without one
+    std::string message;
+  };
 
-GlobalShortcutsPortal::~GlobalShortcutsPortal() { endSession(); }
+  /// Closes the session `before`; `finished` is called on the attempt's thread.
+  Attempt(GDBusConnection* bus, std::string trigger, std::string before,
+          std::function<void()> finished)
+      : bus_(bus),
+        trigger_(std::move(trigger)),
+        thread_([this, before = std::move(before), finished = std::move(finished)] {
+          if (!before.empty()) closeSession(bus_, before, cancellable_.get());
+          promise_.set_value(run());
+          finished();
+        }) {}
+  /// Cancels it.
+  ~Attempt() {
+    g_cancellable_cancel(cancellable_.get());
+    thread_.join();
+  }
+  Attempt(const Attempt&) = delete;
+
+  /// To be taken once.
+  std::future<Outcome>& outcome() { return outcome_; }
+
+ private:
+  Outcome run() {
+    // Portals that know this call do not find out by themselves whose request it is; to the others
+    // it means nothing.
+    g_dbus_connection_call(bus_, kPortal, kPath, "org.freedesktop.host.portal.Registry", "Register",
+                           g_variant_new("(sa{sv})", "cn.kestrio.norvane", nullptr), nullptr,
+                           G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr, nullptr);
+    auto sessionArguments = builder("(a{sv})");
+    auto sessionOptions = builder("a{sv}");
+    g_variant_builder_add(&sessionOptions, "{sv}", "session_handle_token",
+                          g_variant_new_string(kSessionToken));
+    // KDE's portal takes them here; binding opens its settings.
+    g_variant_builder_add(&sessionOptions, "{sv}", "shortcuts", shortcutsOf(trigger_));
+    const Answer created =
+        Request(bus_, cancellable_.get()).make("CreateSession", sessionArguments, sessionOptions);
+    Outcome outcome;
+    outcome.message = created.error;
+    if (created.response != 0U) return outcome;
+    const char* session = nullptr;
+    if (!g_variant_lookup(created.results.get(), "session_handle", "&s", &session) ||
+        !g_variant_is_object_path(session)) {
+      outcome.message = "CreateSession gave no session";
+      return outcome;
+    }
+    outcome.session = session;
+    if (const GVariantPtr shortcut = listed(created, trigger_)) {
+      judge(outcome, shortcut.get());
+      return outcome;
+    }
+    outcome.hasAsked = true;
+    auto arguments = builder("(oa(sa{sv})sa{sv})");
+    g_variant_builder_add(&arguments, "o", session);
+    g_variant_builder_add_value(&arguments, shortcutsOf(trigger_));
+    g_variant_builder_add(&arguments, "s", "");  // no parent window
+    auto options = builder("a{sv}");
+    const Answer bound =
+        Request(bus_, cancellable_.get()).make("BindShortcuts", arguments, options);
+    outcome.message = bound.error;
+    if (bound.response == 0U) judge(outcome, listed(bound, trigger_).get());
+    return outcome;
+  }
+
+  void judge(Outcome& outcome, GVariant* shortcut) const {
+    const char* key = shortcut ? "not told" : "";
+    if (shortcut) g_variant_lookup(shortcut, "trigger_description", "&s", &key);
+    outcome.status = *key == '\0' ? eventHotKeyExistsErr : noErr;
+    outcome.message = "the desktop's key for " + trigger_ + " is " + (*key ? key : "none");
+  }
+
+  GDBusConnection* bus_;
+  std::string trigger_;
+  std::promise<Outcome> promise_;
+  std::future<Outcome> outcome_{promise_.get_future()};
+  GObjectPtr<GCancellable> cancellable_{g_cancellable_new()};
+  std::thread thread_;
+};
+
+GlobalShortcutsPortal::GlobalShortcutsPortal(EventTime& eventTime, Dispatch& dispatch,
+                                             std::function<void()> answered)
+    : eventTime_(eventTime),
+      dispatch_(dispatch),
+      answered_(std::move(answered)),
+      handler_(dispatch) {}
+
+// The portal ends the session with the connection.
+GlobalShortcutsPortal::~GlobalShortcutsPortal() { stopListening(); }
 
 OSStatus GlobalShortcutsPortal::InstallEventHandler(Handler handler, const EventTypeSpec& type,
                                                     std::optional<EventHandlerRef>& handlerRef) {
@@ -163,73 +274,58 @@ OSStatus GlobalShortcutsPortal::RegisterEventHotKey(std::uint32_t keyCode, std::
   const std::string trigger = triggerText(keyCode, modifiers);
   if (trigger.empty()) return paramErr;
   if (*hasGivenUp_) return eventInternalErr;
-  endSession();  // one that the person did not decide about in time
+  attempt_.reset();
+  stopListening();
   bus_ = sessionBus();
-  if (!bus_) NSLog("[Norvane] no global hotkey: there is no session bus to ask the desktop on");
+  if (!bus_) {
+    NSLog("[Norvane] no global hotkey: there is no session bus to ask the desktop on");
+    return giveUp(eventInternalErr);
+  }
   id_ = id;
-  const OSStatus status = bus_ ? bind(trigger) : eventInternalErr;
+  alive_ = std::make_shared<bool>(true);
+  const auto finished = [this, alive = std::weak_ptr(alive_)] {
+    dispatch_.mainAsync([this, alive] {
+      if (alive.lock() && attempt_->outcome().valid()) conclude();
+    });
+  };
+  attempt_ = std::make_unique<Attempt>(bus_.get(), trigger, std::exchange(session_, {}), finished);
+  if (attempt_->outcome().wait_for(kPatience) != std::future_status::ready) {
+    NSLog("[Norvane] no global hotkey yet: the desktop has not decided about it");
+    session_ = ownPath(bus_.get(), "session", kSessionToken);  // if there is one
+    return giveUp(eventInternalErr);
+  }
+  const OSStatus status = conclude();
   if (status == noErr) {
     isHeld_ = true;
     hotKeyRef = kHotKeyRef;
-  } else if (status == eventInternalErr) {
-    *hasGivenUp_ = true;
-    dispatch_.mainAsync([flag = hasGivenUp_] { *flag = false; });
   }
   return status;
 }
 
-OSStatus GlobalShortcutsPortal::bind(const std::string& trigger) {
-  GDBusConnection* bus = bus_.get();
-  const auto deadline = Clock::now() + kPatience;
-  // Portals that know this call do not find out by themselves whose request it is; to the others it
-  // means nothing.
-  g_dbus_connection_call(bus, kPortal, kPath, "org.freedesktop.host.portal.Registry", "Register",
-                         g_variant_new("(sa{sv})", "cn.kestrio.norvane", nullptr), nullptr,
-                         G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr, nullptr);
-  auto sessionArguments = builder("(a{sv})");
-  auto sessionOptions = builder("a{sv}");
-  g_variant_builder_add(&sessionOptions, "{sv}", "session_handle_token",
-                        g_variant_new_string(newToken().c_str()));
-  const Answer created =
-      Request(bus, newToken()).make("CreateSession", sessionArguments, sessionOptions, deadline);
-  const char* session = nullptr;
-  if (created.kind != Answer::given ||
-      !g_variant_lookup(created.results.get(), "session_handle", "&s", &session) ||
-      !g_variant_is_object_path(session)) {
-    return eventInternalErr;
-  }
-  session_ = session;
-  listen();
+OSStatus GlobalShortcutsPortal::conclude() {
+  const Attempt::Outcome outcome = attempt_->outcome().get();
+  if (const auto answered = std::exchange(answered_, {})) answered();
+  NSLog((outcome.status == eventInternalErr
+             ? "[Norvane] no global hotkey: on a Wayland session only the desktop portal's "
+               "GlobalShortcuts can give one, and its "
+             : "[Norvane] ") +
+        outcome.message);
+  session_ = outcome.session;
+  if (!session_.empty()) listen();
+  if (outcome.status != noErr && (outcome.hasAsked || session_.empty())) giveUp(outcome.status);
+  return outcome.status;
+}
 
-  auto arguments = builder("(oa(sa{sv})sa{sv})");
-  g_variant_builder_add(&arguments, "o", session_.c_str());
-  g_variant_builder_open(&arguments, G_VARIANT_TYPE("a(sa{sv})"));
-  auto properties = builder("a{sv}");
-  g_variant_builder_add(&properties, "{sv}", "description",
-                        g_variant_new_string("Norvane — Quick Access"));
-  g_variant_builder_add(&properties, "{sv}", "preferred_trigger",
-                        g_variant_new_string(trigger.c_str()));
-  // Named by its keys: the desktop remembers what it did with a name, and would not look at the
-  // keys of another choice.
-  g_variant_builder_add(&arguments, "(s@a{sv})", trigger.c_str(),
-                        g_variant_builder_end(&properties));
-  g_variant_builder_close(&arguments);
-  g_variant_builder_add(&arguments, "s", "");  // no parent window
-  auto options = builder("a{sv}");
-  const Answer bound = Request(bus, newToken()).make("BindShortcuts", arguments, options, deadline);
-  if (bound.kind == Answer::none) return eventInternalErr;  // the person may still agree
-  if (bound.kind == Answer::refused) {
-    NSLog("[Norvane] no global hotkey: the desktop refused it");
-    endSession();
-    return eventInternalErr;
+OSStatus GlobalShortcutsPortal::giveUp(OSStatus status) {
+  *hasGivenUp_ = true;
+  dispatch_.mainAsync([flag = hasGivenUp_] { *flag = false; });
+  return status;
+}
+
+void GlobalShortcutsPortal::stopListening() {
+  for (const unsigned subscription : std::exchange(subscriptions_, {})) {
+    g_dbus_connection_signal_unsubscribe(bus_.get(), subscription);
   }
-  const auto given = givenTrigger(bound, trigger);
-  if (given && given->empty()) {
-    endSession();
-    return eventHotKeyExistsErr;
-  }
-  NSLog("[Norvane] the desktop's key for " + trigger + " is " + given.value_or("not told"));
-  return noErr;
 }
 
 void GlobalShortcutsPortal::listen() {
@@ -260,19 +356,9 @@ void GlobalShortcutsPortal::listen() {
 
 OSStatus GlobalShortcutsPortal::UnregisterEventHotKey(EventHotKeyRef /*hotKeyRef*/) {
   if (!std::exchange(isHeld_, false)) return eventHotKeyInvalidErr;
-  endSession();
+  stopListening();
+  if (!session_.empty()) closeSession(bus_.get(), std::exchange(session_, {}), nullptr);
   return noErr;
-}
-
-void GlobalShortcutsPortal::endSession() {
-  for (const unsigned subscription : std::exchange(subscriptions_, {})) {
-    g_dbus_connection_signal_unsubscribe(bus_.get(), subscription);
-  }
-  if (session_.empty()) return;
-  g_dbus_connection_call(bus_.get(), kPortal, session_.c_str(), "org.freedesktop.portal.Session",
-                         "Close", nullptr, nullptr, G_DBUS_CALL_FLAGS_NO_AUTO_START, -1, nullptr,
-                         nullptr, nullptr);
-  session_.clear();
 }
 
 }  // namespace norvane

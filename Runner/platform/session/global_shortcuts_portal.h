@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -18,13 +20,15 @@ namespace norvane {
 /// The portal answers later, and the desktop may ask the person, who may choose another key. To
 /// register waits for the answer for at most two seconds, during which no task of the main queue
 /// runs. Status 0 means that the desktop has said that the hotkey works; eventHotKeyExistsErr that
-/// it gave the hotkey no key. When there is no portal, when the person refuses, or has not decided
-/// within the wait, the status is eventInternalErr, for all that is registered in the same turn:
-/// nobody is asked for one combination after another. A hotkey that the person agrees to later does
-/// reach the handler, until another one is registered.
+/// it gave the hotkey no key. When there is no portal, when the portal or the person refuses, or
+/// has not answered within the wait, the status is eventInternalErr. After that, and after a
+/// question that brought no key, it is so for all that is registered in the same turn: nobody is
+/// asked about one combination after another. A hotkey that is given later does reach the handler,
+/// until another one is registered.
 class GlobalShortcutsPortal : public CarbonEventManager {
  public:
-  GlobalShortcutsPortal(EventTime& eventTime, Dispatch& dispatch);
+  /// `answered` is called once, when the portal has first served this process or failed to.
+  GlobalShortcutsPortal(EventTime& eventTime, Dispatch& dispatch, std::function<void()> answered);
   ~GlobalShortcutsPortal() override;
   GlobalShortcutsPortal(const GlobalShortcutsPortal&) = delete;
 
@@ -37,20 +41,27 @@ class GlobalShortcutsPortal : public CarbonEventManager {
   OSStatus UnregisterEventHotKey(EventHotKeyRef hotKeyRef) override;
 
  private:
-  OSStatus bind(const std::string& trigger);
+  class Attempt;
+
+  /// Takes the outcome of the attempt.
+  OSStatus conclude();
+  OSStatus giveUp(OSStatus status);
   void listen();
-  void endSession();
+  void stopListening();
 
   EventTime& eventTime_;
   Dispatch& dispatch_;
+  std::function<void()> answered_;
   HotkeyHandler handler_;
   GObjectPtr<GDBusConnection> bus_;
   std::vector<unsigned> subscriptions_;
   std::string session_;  ///< the portal's path of it; empty without one
   EventHotKeyID id_;
   bool isHeld_ = false;
-  /// Set until the end of a turn in which the portal could not be asked or was refused.
+  /// Set until the end of a turn in which nobody is to be asked any more.
   std::shared_ptr<bool> hasGivenUp_ = std::make_shared<bool>(false);
+  std::shared_ptr<bool> alive_;  ///< as long as the attempt's outcome is wanted
+  std::unique_ptr<Attempt> attempt_;
 };
 
 }  // namespace norvane

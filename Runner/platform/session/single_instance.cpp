@@ -1,13 +1,22 @@
 #include "platform/session/single_instance.h"
 
+#include <algorithm>
 #include <utility>
 
 #include <gio/gio.h>
 
 #include "platform/linux/glib_handles.h"
 #include "platform/session/journal_log.h"
+#include "platform/session/session.h"
 
 namespace norvane {
+
+namespace {
+
+/// The action, named as the application's entry names it.
+constexpr const char* kQuit = "Quit";
+
+}  // namespace
 
 struct SingleInstance::Signals {
   static void open(GApplication*, GFile** files, gint count, const char*, SingleInstance* self) {
@@ -17,6 +26,9 @@ struct SingleInstance::Signals {
   }
   static void activate(GApplication*, SingleInstance* self) {
     if (self->onReopen_) self->onReopen_();
+  }
+  static void quit(GSimpleAction*, GVariant*, SingleInstance* self) {
+    if (self->onQuit_) self->onQuit_();
   }
 };
 
@@ -34,6 +46,9 @@ void SingleInstance::claim(const char* applicationId) {
       g_application_new(applicationId, G_APPLICATION_HANDLES_OPEN));
   g_signal_connect(application.get(), "open", G_CALLBACK(&Signals::open), this);
   g_signal_connect(application.get(), "activate", G_CALLBACK(&Signals::activate), this);
+  const GObjectPtr<GSimpleAction> quit(g_simple_action_new(kQuit, nullptr));
+  g_signal_connect(quit.get(), "activate", G_CALLBACK(&Signals::quit), this);
+  g_action_map_add_action(G_ACTION_MAP(application.get()), G_ACTION(quit.get()));
   GError* raised = nullptr;
   if (!g_application_register(application.get(), nullptr, &raised)) {
     const GErrorPtr error(raised);
@@ -62,9 +77,30 @@ void SingleInstance::handOver(const std::vector<std::string>& links) {
 }
 
 void SingleInstance::listen(std::function<void(const std::string& link)> onLink,
-                            std::function<void()> onReopen) {
+                            std::function<void()> onReopen, std::function<void()> onQuit) {
   onLink_ = std::move(onLink);
   onReopen_ = std::move(onReopen);
+  onQuit_ = std::move(onQuit);
+}
+
+std::optional<std::string> SingleInstance::quitRunning(const char* applicationId) {
+  const auto bus = sessionBus();
+  if (!bus) return "there is no session bus to ask on";
+  std::string path = std::string("/") + applicationId;
+  std::ranges::replace(path, '.', '/');
+  constexpr int kPatience = 10000;  // milliseconds
+  GError* raised = nullptr;
+  const GVariantPtr answer(g_dbus_connection_call_sync(
+      bus.get(), applicationId, path.c_str(), "org.freedesktop.Application", "ActivateAction",
+      g_variant_new("(s@av@a{sv})", kQuit, g_variant_new("av", nullptr),
+                    g_variant_new("a{sv}", nullptr)),
+      nullptr, G_DBUS_CALL_FLAGS_NO_AUTO_START, kPatience, nullptr, &raised));
+  const GErrorPtr error(raised);
+  if (!error || g_error_matches(raised, G_DBUS_ERROR, G_DBUS_ERROR_SERVICE_UNKNOWN) ||
+      g_error_matches(raised, G_DBUS_ERROR, G_DBUS_ERROR_NAME_HAS_NO_OWNER)) {
+    return std::nullopt;
+  }
+  return std::string("the instance that runs does not answer: ") + error->message;
 }
 
 }  // namespace norvane

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -23,8 +24,14 @@ class SingleInstance {
   /// Hands `links` to the first instance; without any, asks it to reopen.
   void handOver(const std::vector<std::string>& links);
 
-  /// What others hand over, from now on; called by the main loop, a link at a time.
-  void listen(std::function<void(const std::string& link)> onLink, std::function<void()> onReopen);
+  /// What others hand over, from now on; called by the main loop, a link at a time. Desktops ask to
+  /// quit as `quitRunning` does, by an action of the application's entry.
+  void listen(std::function<void(const std::string& link)> onLink, std::function<void()> onReopen,
+              std::function<void()> onQuit);
+
+  /// Asks the instance that runs to quit, if there is one; starts none. Returns why it could not be
+  /// asked, or nothing.
+  static std::optional<std::string> quitRunning(const char* applicationId);
 
  private:
   struct Signals;
@@ -35,6 +42,7 @@ class SingleInstance {
   bool isSecond_ = false;
   std::function<void(const std::string& link)> onLink_;
   std::function<void()> onReopen_;
+  std::function<void()> onQuit_;
 };
 
 }  // namespace norvane

@@ -12,6 +12,11 @@ XWindow xFocus() {
   return window == PointerRoot ? None : window;
 }
 
+int masterKeyboard() {
+  GdkSeat* seat = gdk_display_get_default_seat(gdk_display_get_default());
+  return gdk_x11_device_get_id(gdk_seat_get_keyboard(seat));
+}
+
 // The toolkit's focus lies on a child of its window, under which it knows the window as well.
 _GdkWindow* ownWindow(XWindow window) {
   GdkWindow* found = gdk_x11_window_lookup_for_display(gdk_display_get_default(), window);

@@ -10,6 +10,9 @@ namespace norvane {
 /// reports each grab as a loss of the keyboard, and a hotkey is such a grab. Main thread.
 XWindow xFocus();
 
+/// The input extension's number of the keyboard whose keys reach windows.
+int masterKeyboard();
+
 /// The window of this application that `window` is; null when it is none of its own.
 _GdkWindow* ownWindow(XWindow window);
 

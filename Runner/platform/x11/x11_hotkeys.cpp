@@ -2,10 +2,8 @@
 
 #include <algorithm>
 #include <array>
-#include <string>
 #include <utility>
 
-#include <X11/XKBlib.h>
 #include <X11/extensions/XInput2.h>
 #include <X11/keysym.h>
 #include <gdk/gdkx.h>
@@ -13,17 +11,15 @@
 #include "platform/hotkey_press.h"
 #include "platform/log.h"
 #include "platform/session/key_codes.h"
+#include "platform/x11/x11_focus.h"
 #include "platform/x11/x11_keymap.h"
+#include "platform/x11/x11_super_key.h"
 
 namespace norvane {
 namespace {
 
 /// The bits of an event's state that are modifiers; the others are buttons and the layout.
 constexpr unsigned kModifierBits = 0xFF;
-
-/// Milliseconds; longer than any keyboard waits before it repeats a key. A press after it is a new
-/// one, whatever became of the release: the end of another grab may have led it elsewhere.
-constexpr std::uint32_t kLongestRepeatDelay = 3000;
 
 /// Nothing when this keyboard does not have the key or a modifier.
 std::optional<X11Combination> combinationFor(std::uint32_t keyCode, std::uint32_t modifiers) {
@@ -55,10 +51,22 @@ std::array<unsigned, 4> variants(const X11Combination& combination) {
   return {plain, plain | LockMask, plain | numLock, plain | combination.locks};
 }
 
+std::array<XIGrabModifiers, 4> inputVariants(const X11Combination& combination) {
+  std::array<XIGrabModifiers, 4> converted{};
+  std::ranges::transform(variants(combination), converted.begin(), [](unsigned modifiers) {
+    return XIGrabModifiers{.modifiers = static_cast<int>(modifiers), .status = 0};
+  });
+  return converted;
+}
+
 /// When it returns, others can have the combination.
 void ungrab(const X11Combination& combination) {
   GdkDisplay* display = gdk_display_get_default();
   gdk_x11_display_error_trap_push(display);
+  auto inputModifiers = inputVariants(combination);
+  XIUngrabKeycode(GDK_DISPLAY_XDISPLAY(display), masterKeyboard(),
+                  static_cast<int>(combination.key), gdk_x11_get_default_root_xwindow(),
+                  static_cast<int>(inputModifiers.size()), inputModifiers.data());
   for (const unsigned modifiers : variants(combination)) {
     XUngrabKey(GDK_DISPLAY_XDISPLAY(display), static_cast<int>(combination.key), modifiers,
                gdk_x11_get_default_root_xwindow());
@@ -67,6 +75,9 @@ void ungrab(const X11Combination& combination) {
   gdk_x11_display_error_trap_pop_ignored(display);
 }
 
+/// In both of the server's ways, which do not exclude each other: window managers and programs that
+/// use either find it taken, or have it. The press comes by the input extension, which tells a
+/// repetition from a press; a release may get lost when a grab of our windows' ends meanwhile.
 OSStatus grab(const X11Combination& combination) {
   GdkDisplay* display = gdk_display_get_default();
   gdk_x11_display_error_trap_push(display);
@@ -74,10 +85,19 @@ OSStatus grab(const X11Combination& combination) {
     XGrabKey(GDK_DISPLAY_XDISPLAY(display), static_cast<int>(combination.key), modifiers,
              gdk_x11_get_default_root_xwindow(), False, GrabModeAsync, GrabModeAsync);
   }
+  unsigned char keys[XIMaskLen(XI_LASTEVENT)] = {};
+  XISetMask(keys, XI_KeyPress);
+  XISetMask(keys, XI_KeyRelease);
+  XIEventMask mask{.deviceid = masterKeyboard(), .mask_len = sizeof keys, .mask = keys};
+  auto inputModifiers = inputVariants(combination);
+  const int refusals = XIGrabKeycode(
+      GDK_DISPLAY_XDISPLAY(display), masterKeyboard(), static_cast<int>(combination.key),
+      gdk_x11_get_default_root_xwindow(), XIGrabModeAsync, XIGrabModeAsync, False, &mask,
+      static_cast<int>(inputModifiers.size()), inputModifiers.data());
   const int error = gdk_x11_display_error_trap_pop(display);
-  if (error == Success) return noErr;
+  if (error == Success && refusals == 0) return noErr;
   ungrab(combination);  // some of the variants may have been free
-  return error == BadAccess ? eventHotKeyExistsErr : eventInternalErr;
+  return error == BadAccess || refusals > 0 ? eventHotKeyExistsErr : eventInternalErr;
 }
 
 }  // namespace
@@ -87,8 +107,6 @@ X11Hotkeys::X11Hotkeys(EventTime& eventTime, Dispatch& dispatch)
       handler_(dispatch),
       keymap_(gdk_keymap_get_for_display(gdk_display_get_default())),
       filter_([this](const XEvent& event) { return take(event); }) {
-  // Without it a held key would seem to be released before each repetition.
-  XkbSetDetectableAutoRepeat(gdk_x11_get_default_xdisplay(), True, nullptr);
   const auto changed = +[](GdkKeymap*, X11Hotkeys* self) { self->grabAnew(); };
   g_signal_connect(keymap_, "keys-changed", G_CALLBACK(changed), this);
 }
@@ -114,6 +132,7 @@ OSStatus X11Hotkeys::RegisterEventHotKey(std::uint32_t keyCode, std::uint32_t mo
   const bool ours = std::ranges::any_of(
       registrations_, [&](const auto& held) { return held.second.grabbed == combination; });
   if (ours) return eventHotKeyExistsErr;
+  if ((modifiers & cmdKey) && windowManagerKeepsSuper()) return eventHotKeyExistsErr;
   const OSStatus status = grab(*combination);
   if (status != noErr) return status;
   registrations_[++lastRef_] = {keyCode, modifiers, id, combination};
@@ -129,34 +148,22 @@ OSStatus X11Hotkeys::UnregisterEventHotKey(EventHotKeyRef hotKeyRef) {
 }
 
 bool X11Hotkeys::take(const XEvent& event) {
-  // Grabbed keys come as core events; those that a grab of our own leads to our windows come in the
-  // input extension's.
-  if (event.type == KeyPress)
-    return takePress(event.xkey.keycode, event.xkey.state, event.xkey.time);
-  if (event.type == KeyRelease) return down_.erase(event.xkey.keycode) > 0;
   const int type = inputEventType(event);
   if (type != XI_KeyPress && type != XI_KeyRelease) return false;
   const auto& input = *static_cast<const XIDeviceEvent*>(event.xcookie.data);
   const auto key = static_cast<unsigned>(input.detail);
   if (type == XI_KeyRelease) return down_.erase(key) > 0;
-  if (!(input.flags & XIKeyRepeat)) down_.erase(key);
-  return takePress(key, static_cast<unsigned>(input.mods.effective),
-                   static_cast<std::uint32_t>(input.time));
-}
-
-bool X11Hotkeys::takePress(unsigned key, unsigned state, std::uint32_t time) {
-  const auto down = down_.find(key);
-  if (down != down_.end() && time - std::exchange(down->second, time) < kLongestRepeatDelay) {
-    return true;
-  }
+  if (input.flags & XIKeyRepeat) return down_.contains(key);
+  down_.erase(key);
+  const auto state = static_cast<unsigned>(input.mods.effective);
   const auto pressed = std::ranges::find_if(registrations_, [&](const auto& held) {
     const auto& combination = held.second.grabbed;
     return combination && combination->key == key &&
            (state & kModifierBits & ~combination->locks) == combination->modifiers;
   });
   if (pressed == registrations_.end()) return false;
-  down_[key] = time;
-  eventTime_.set(time);
+  down_.insert(key);
+  eventTime_.set(static_cast<std::uint32_t>(input.time));
   handler_.post(pressed->second.id);
   return true;
 }

@@ -4,6 +4,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 
 #include "platform/session/hotkey_handler.h"
 #include "platform/x11/event_time.h"
@@ -26,7 +27,8 @@ struct X11Combination {
 /// Hotkeys as passive grabs of keys on an X server. Key codes are places on the keyboard, whatever
 /// layout it has; ⌘ is the Super key and option is Alt. Locks do not matter, and a key that is held
 /// down is pressed once. They work as well while a grab of the application's own keeps all keys in
-/// its windows. Main thread; made after the toolkit is initialised.
+/// its windows. Those with the Super key are taken where the window manager keeps that for itself.
+/// Main thread; made after the toolkit is initialised.
 ///
 /// On a Wayland session the server would grant grabs that see nothing; see makeHotkeys.
 class X11Hotkeys : public CarbonEventManager {
@@ -53,7 +55,6 @@ class X11Hotkeys : public CarbonEventManager {
   };
 
   bool take(const _XEvent& event);
-  bool takePress(unsigned key, unsigned state, std::uint32_t time);
   /// After the keyboard was exchanged or its map changed.
   void grabAnew();
 
@@ -62,8 +63,7 @@ class X11Hotkeys : public CarbonEventManager {
   _GdkKeymap* keymap_;
   std::map<EventHotKeyRef, Registration> registrations_;
   EventHotKeyRef lastRef_ = 0;
-  /// When each hotkey's key that is down was last pressed or repeated.
-  std::map<unsigned, std::uint32_t> down_;
+  std::set<unsigned> down_;  ///< keys of hotkeys, for all that has been seen of them
   X11EventFilter filter_;
 };
 

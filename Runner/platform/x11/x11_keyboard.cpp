@@ -28,11 +28,6 @@ std::optional<int> currentGroup() {
   return state.locked_group;
 }
 
-int keyboard() {
-  GdkSeat* seat = gdk_display_get_default_seat(gdk_display_get_default());
-  return gdk_x11_device_get_id(gdk_seat_get_keyboard(seat));
-}
-
 /// Whether the event may mean that the keyboard went to another window, or that a grab ended which
 /// had come over ours, such as a menu's. The start of a grab means neither.
 bool movesKeyboard(const XEvent& event) {
@@ -75,11 +70,11 @@ void X11Keyboard::followFocus() {
   unsigned char keys[XIMaskLen(XI_LASTEVENT)] = {};
   XISetMask(keys, XI_KeyPress);
   XISetMask(keys, XI_KeyRelease);
-  XIEventMask mask{.deviceid = keyboard(), .mask_len = sizeof keys, .mask = keys};
+  XIEventMask mask{.deviceid = masterKeyboard(), .mask_len = sizeof keys, .mask = keys};
   GdkDisplay* display = gdk_display_get_default();
   gdk_x11_display_error_trap_push(display);
-  const int status = XIGrabDevice(GDK_DISPLAY_XDISPLAY(display), keyboard(), focus, CurrentTime,
-                                  None, GrabModeAsync, GrabModeAsync, True, &mask);
+  const int status = XIGrabDevice(GDK_DISPLAY_XDISPLAY(display), masterKeyboard(), focus,
+                                  CurrentTime, None, GrabModeAsync, GrabModeAsync, True, &mask);
   const int error = gdk_x11_display_error_trap_pop(display);
   isHeld_ = status == GrabSuccess && error == Success;
   // The end of another's grab is a change of focus, at which it is tried again.
@@ -93,7 +88,7 @@ void X11Keyboard::release() {
   if (!isHeld_) return;
   isHeld_ = false;
   Display* display = gdk_x11_get_default_xdisplay();
-  XIUngrabDevice(display, keyboard(), CurrentTime);
+  XIUngrabDevice(display, masterKeyboard(), CurrentTime);
   XFlush(display);
 }
 
