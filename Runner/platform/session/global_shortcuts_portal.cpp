@@ -274,6 +274,7 @@ OSStatus GlobalShortcutsPortal::RegisterEventHotKey(std::uint32_t keyCode, std::
   const std::string trigger = triggerText(keyCode, modifiers);
   if (trigger.empty()) return paramErr;
   if (*hasGivenUp_) return eventInternalErr;
+  alive_.reset();
   attempt_.reset();
   stopListening();
   bus_ = sessionBus();
