@@ -17,7 +17,7 @@ set(ARROWS
   "platform/linux:base platform"
   "platform/console:base platform platform/flutter platform/linux"
   "platform/headless:base platform platform/console platform/linux"
-  "platform/session:base platform platform/linux platform/x11"
+  "platform/session:base platform platform/linux"
   "platform/x11:base platform platform/linux platform/session"
   "platform/gtk:base platform platform/console platform/linux platform/session platform/x11")
 # These use the platform's libraries.

@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "app/app_delegate.h"
-#include "platform/ns_image.h"
+#include "platform/graphics.h"
 #include "platform/ns_process_info.h"
 #include "platform/platform.h"
 #include "quick_access/qa_panel_controller.h"

@@ -14,8 +14,14 @@ inline constexpr std::uint32_t kEventHotKeyPressed = 5;
 inline constexpr std::uint32_t kEventParamDirectObject = fourCharacterCode("----");
 inline constexpr std::uint32_t typeEventHotKeyID = fourCharacterCode("hkid");
 
+// Statuses.
+inline constexpr OSStatus paramErr = -50;
+inline constexpr OSStatus eventInternalErr = -9868;
+inline constexpr OSStatus eventParameterNotFoundErr = -9870;
 /// RegisterEventHotKey: another application holds the combination.
 inline constexpr OSStatus eventHotKeyExistsErr = -9878;
+/// UnregisterEventHotKey: no such hotkey is held.
+inline constexpr OSStatus eventHotKeyInvalidErr = -9879;
 
 // Modifier masks and virtual key codes (physical keys of an ANSI keyboard).
 inline constexpr std::uint32_t cmdKey = 0x0100;

@@ -4,10 +4,6 @@
 
 namespace norvane {
 
-inline constexpr OSStatus eventParameterNotFoundErr = -9870;
-/// UnregisterEventHotKey: no such hotkey is held.
-inline constexpr OSStatus eventHotKeyInvalidErr = -9879;
-
 /// The event of a hotkey that was pressed.
 class HotkeyPress : public CarbonEvent {
  public:

@@ -4,7 +4,7 @@
 #include <memory>
 #include <string>
 
-#include "platform/ns_image.h"
+#include "platform/graphics.h"
 
 namespace norvane {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/ns_image.h"
+#include "platform/graphics.h"
 
 namespace norvane {
 

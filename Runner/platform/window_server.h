@@ -2,7 +2,6 @@
 
 #include <limits>
 #include <memory>
-#include <optional>
 
 #include "platform/geometry.h"
 
@@ -70,15 +69,6 @@ class WindowServer {
 
   /// Brings the application to the front and makes it the active one.
   virtual void activateIgnoringOtherApps() = 0;
-};
-
-/// The screens of the desktop. Main thread.
-class NSScreens {
- public:
-  virtual ~NSScreens() = default;
-
-  /// The main screen without menu bar and dock; nothing when no screen is attached.
-  virtual std::optional<NSRect> mainScreenVisibleFrame() const = 0;
 };
 
 }  // namespace norvane

@@ -6,6 +6,7 @@
 #include "platform/log.h"
 #include "platform/ns_application.h"
 #include "platform/platform.h"
+#include "platform/screens.h"
 #include "window/main_flutter_window.h"
 #include "window/plugin_registrant.h"
 

@@ -8,7 +8,7 @@
 #include "platform/flutter/flutter_method_channel.h"
 #include "platform/flutter/flutter_value.h"
 #include "platform/flutter/flutter_view_controller.h"
-#include "platform/ns_image.h"
+#include "platform/graphics.h"
 #include "platform/ns_window.h"
 #include "quick_access/qa_panel.h"
 

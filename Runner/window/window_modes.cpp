@@ -8,6 +8,7 @@
 #include "platform/dispatch.h"
 #include "platform/ns_user_defaults.h"
 #include "platform/platform.h"
+#include "platform/screens.h"
 #include "platform/window_server.h"
 #include "window/main_flutter_window.h"
 

@@ -9,6 +9,7 @@
 #include "platform/dispatch.h"
 #include "platform/ns_application.h"
 #include "platform/ns_process_info.h"
+#include "platform/screens.h"
 #include "platform/window_server.h"
 #include "platform/x11/event_time.h"
 #include "platform/x11/x11_event_filter.h"
@@ -18,7 +19,7 @@ namespace norvane {
 class DesktopWindow;
 
 /// The windows and the screens of an X11 desktop, by way of GTK. Main thread.
-class GtkDesktop : public WindowServer, public NSScreens, public NSProcessInfo {
+class GtkDesktop : public WindowServer, public Screens, public NSProcessInfo {
  public:
   /// `quit` ends the main loop.
   GtkDesktop(Dispatch& dispatch, EventTime& eventTime, std::function<void()> quit);

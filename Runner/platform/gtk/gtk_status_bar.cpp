@@ -3,8 +3,9 @@
 #include <optional>
 #include <utility>
 
-#include "platform/gtk/status_notifier_item.h"
+#include "platform/gtk/drawn_text.h"
 #include "platform/gtk/xembed_status_icon.h"
+#include "platform/session/status_notifier_item.h"
 
 namespace norvane {
 namespace {
@@ -13,7 +14,7 @@ class GtkStatusItem : public NSStatusItem, public NSStatusBarButton {
  public:
   GtkStatusItem(EventTime& eventTime, StatusMenu menu)
       : eventTime_(eventTime),
-        content_{.menu = std::move(menu)},
+        content_{.menu = std::move(menu), .drawText = &drawnText},
         // The bus brings no time with a click; without one the server's own is taken.
         notifier_(
             content_, [this] { clicked(0); }, [this](bool shown) { shownChanged(shown); }) {}

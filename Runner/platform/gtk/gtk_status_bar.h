@@ -3,8 +3,8 @@
 #include <memory>
 #include <utility>
 
-#include "platform/gtk/status_item_content.h"
 #include "platform/ns_status_bar.h"
+#include "platform/session/status_item_content.h"
 #include "platform/x11/event_time.h"
 
 namespace norvane {

@@ -10,8 +10,11 @@ namespace norvane {
 
 std::unique_ptr<CarbonEventManager> makeHotkeys(EventTime& eventTime, Dispatch& dispatch,
                                                 std::function<void()> portalAnswered) {
-  if (isWaylandSession())
-    return std::make_unique<GlobalShortcutsPortal>(eventTime, dispatch, std::move(portalAnswered));
+  if (isWaylandSession()) {
+    // The portal's time is not the X server's; without one, that is asked for its own.
+    return std::make_unique<GlobalShortcutsPortal>(
+        dispatch, [&eventTime] { eventTime.set(0); }, std::move(portalAnswered));
+  }
   return std::make_unique<X11Hotkeys>(eventTime, dispatch);
 }
 

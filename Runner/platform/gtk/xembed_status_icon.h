@@ -2,8 +2,8 @@
 
 #include <functional>
 
-#include "platform/gtk/status_item_content.h"
 #include "platform/linux/glib_handles.h"
+#include "platform/session/status_item_content.h"
 
 struct _GtkStatusIcon;
 struct _GtkWidget;

@@ -11,6 +11,7 @@
 #include "platform/ns_application.h"
 #include "platform/ns_process_info.h"
 #include "platform/ns_workspace.h"
+#include "platform/screens.h"
 #include "platform/window_server.h"
 
 namespace norvane {
@@ -21,7 +22,7 @@ class HeadlessWindow;
 /// person and the other applications. As on a real desktop, what happens to a window is told to the
 /// host in a later turn. Main thread.
 class HeadlessDesktop : public WindowServer,
-                        public NSScreens,
+                        public Screens,
                         public NSWorkspace,
                         public NSProcessInfo {
  public:

@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "platform/ns_image.h"
+#include "platform/graphics.h"
 
 struct _GdkPixbuf;
 
@@ -59,7 +59,7 @@ class PixbufImage : public NSImage {
 };
 
 /// Bitmaps by gdk-pixbuf; draws images that are PixbufImages.
-class PixbufGraphics : public NSGraphics {
+class PixbufGraphics : public Graphics {
  public:
   std::unique_ptr<NSBitmapImageRep> makeBitmapImageRep(int side) override;
 };

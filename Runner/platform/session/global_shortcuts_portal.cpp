@@ -252,10 +252,10 @@ class GlobalShortcutsPortal::Attempt {
   std::thread thread_;
 };
 
-GlobalShortcutsPortal::GlobalShortcutsPortal(EventTime& eventTime, Dispatch& dispatch,
+GlobalShortcutsPortal::GlobalShortcutsPortal(Dispatch& dispatch, std::function<void()> pressed,
                                              std::function<void()> answered)
-    : eventTime_(eventTime),
-      dispatch_(dispatch),
+    : dispatch_(dispatch),
+      pressed_(std::move(pressed)),
       answered_(std::move(answered)),
       handler_(dispatch) {}
 
@@ -337,8 +337,7 @@ void GlobalShortcutsPortal::listen() {
     const char* session = nullptr;
     g_variant_get_child(parameters, 0, "&o", &session);
     if (session != self->session_) return;
-    // The portal's time is not the X server's; without one, that is asked for its own.
-    self->eventTime_.set(0);
+    self->pressed_();
     self->handler_.post(self->id_);
   };
   const auto closed = [](GDBusConnection*, const char*, const char*, const char*, const char*,

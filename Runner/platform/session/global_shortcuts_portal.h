@@ -10,7 +10,6 @@
 
 #include "platform/linux/glib_handles.h"
 #include "platform/session/hotkey_handler.h"
-#include "platform/x11/event_time.h"
 
 namespace norvane {
 
@@ -27,8 +26,10 @@ namespace norvane {
 /// until another one is registered.
 class GlobalShortcutsPortal : public CarbonEventManager {
  public:
-  /// `answered` is called once, when the portal has first served this process or failed to.
-  GlobalShortcutsPortal(EventTime& eventTime, Dispatch& dispatch, std::function<void()> answered);
+  /// `pressed` is called at each press, ahead of the handler; `answered` once, when the portal has
+  /// first served this process or failed to.
+  GlobalShortcutsPortal(Dispatch& dispatch, std::function<void()> pressed,
+                        std::function<void()> answered);
   ~GlobalShortcutsPortal() override;
   GlobalShortcutsPortal(const GlobalShortcutsPortal&) = delete;
 
@@ -49,8 +50,8 @@ class GlobalShortcutsPortal : public CarbonEventManager {
   void listen();
   void stopListening();
 
-  EventTime& eventTime_;
   Dispatch& dispatch_;
+  std::function<void()> pressed_;
   std::function<void()> answered_;
   HotkeyHandler handler_;
   GObjectPtr<GDBusConnection> bus_;

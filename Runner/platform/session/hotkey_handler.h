@@ -7,10 +7,6 @@
 
 namespace norvane {
 
-/// Statuses of the home system beside those that the host tells apart.
-inline constexpr OSStatus paramErr = -50;
-inline constexpr OSStatus eventInternalErr = -9868;
-
 /// The handler of hotkey presses. Main thread.
 class HotkeyHandler {
  public:

@@ -3,8 +3,8 @@
 #include <functional>
 #include <string>
 
-#include "platform/gtk/status_item_content.h"
 #include "platform/linux/glib_handles.h"
+#include "platform/session/status_item_content.h"
 
 struct _DbusmenuServer;
 struct _GCancellable;

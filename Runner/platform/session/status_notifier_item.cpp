@@ -1,4 +1,4 @@
-#include "platform/gtk/status_notifier_item.h"
+#include "platform/session/status_notifier_item.h"
 
 #include <filesystem>
 #include <utility>

@@ -1,11 +1,10 @@
-#include "platform/gtk/status_item_content.h"
+#include "platform/gtk/drawn_text.h"
 
 #include <algorithm>
 
 #include <gdk/gdk.h>
 #include <pango/pangocairo.h>
 
-#include "base/utf8.h"
 #include "platform/linux/glib_handles.h"
 
 namespace norvane {
@@ -15,7 +14,9 @@ using CairoSurfacePtr = std::unique_ptr<cairo_surface_t, Deleter<cairo_surface_d
 using CairoPtr = std::unique_ptr<cairo_t, Deleter<cairo_destroy>>;
 using FontPtr = std::unique_ptr<PangoFontDescription, Deleter<pango_font_description_free>>;
 
-/// White with a dark rim: nobody says which colour the status bar has.
+}  // namespace
+
+// White with a dark rim: nobody says which colour the status bar has.
 Pixbuf drawnText(const std::string& text, int side) {
   const CairoSurfacePtr surface(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, side, side));
   const CairoPtr cairo(cairo_create(surface.get()));
@@ -37,25 +38,6 @@ Pixbuf drawnText(const std::string& text, int side) {
   cairo_set_source_rgb(cairo.get(), 1, 1, 1);
   cairo_fill(cairo.get());
   return Pixbuf::adopt(gdk_pixbuf_get_from_surface(surface.get(), 0, 0, side, side));
-}
-
-}  // namespace
-
-const std::string& StatusItemContent::name() const {
-  static const std::string kApplication = "Norvane";
-  return title.empty() ? kApplication : title;
-}
-
-std::string StatusItemContent::templateIcon() const {
-  if (!image || !image->isTemplate()) return {};
-  return isWellFormedUtf8(image->name()) ? image->name() : std::string();  // the bus takes no other
-}
-
-Pixbuf StatusItemContent::pixels(int side) const {
-  if (!image) return title.empty() ? Pixbuf() : drawnText(title, side);
-  Pixbuf scaled = Pixbuf::make(side, side);
-  if (scaled && image->pixels()) scaled.draw(image->pixels());
-  return scaled;
 }
 
 }  // namespace norvane

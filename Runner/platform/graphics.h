@@ -33,9 +33,9 @@ class NSBitmapImageRep {
 };
 
 /// Where images come from. Main thread.
-class NSGraphics {
+class Graphics {
  public:
-  virtual ~NSGraphics() = default;
+  virtual ~Graphics() = default;
 
   /// The application's image resource; null when there is none of that name.
   virtual std::shared_ptr<NSImage> imageNamed(const std::string& name) = 0;

@@ -21,6 +21,8 @@ struct StatusItemContent {
   std::string title;
   std::string toolTip;
   StatusMenu menu;
+  /// Draws a text on a square of that many pixels, for where there is no image.
+  std::function<Pixbuf(const std::string& text, int side)> drawText;
 
   /// What the application is called where a name is needed and the item has no title.
   const std::string& name() const;

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <optional>
+
+#include "platform/geometry.h"
+
+namespace norvane {
+
+/// The screens of the desktop. Main thread.
+class Screens {
+ public:
+  virtual ~Screens() = default;
+
+  /// The main screen without menu bar and dock; nothing when no screen is attached.
+  virtual std::optional<NSRect> mainScreenVisibleFrame() const = 0;
+};
+
+}  // namespace norvane
