@@ -28,6 +28,7 @@ void NSWindow::setContentViewController(std::shared_ptr<FlutterViewController> c
 }
 
 void NSWindow::close() {
+  if (const auto delegate = delegate_.lock()) delegate->windowWillClose(*this);
   native_->orderOut();
   if (releasedWhenClosed_) platform().application.removeWindow(*this);
 }

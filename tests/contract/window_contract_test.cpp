@@ -183,5 +183,23 @@ TYPED_TEST(WindowContract, ThePanelTakesTheKeyboardAndHearsOfItsLossLaterAndOnce
   }
 }
 
+TEST(RealWindows, APanelThatHadTheKeyboardForAMomentHearsOfItsLoss) {
+  RealWorld world;
+  const auto panel = world.host.application.makeWindow<NSPanel>(
+      NSRect{{100, 100}, {400, 300}}, NSWindowStyleMaskNonactivatingPanel);
+  const auto heard = std::make_shared<Resignations>();
+  panel->setDelegate(heard);
+  panel->orderFront();
+  ASSERT_TRUE(await([&] { return world.onScreen(*panel) == panel->frame(); }));
+  const OtherClient other;
+  const XWindow window =
+      gdk_x11_window_get_xid(gtk_widget_get_window(GTK_WIDGET(world.shownWindow())));
+  for (const XWindow focused : {window, DefaultRootWindow(other.display())}) {
+    XSetInputFocus(other.display(), focused, RevertToPointerRoot, CurrentTime);
+  }
+  XSync(other.display(), False);
+  EXPECT_TRUE(await([&] { return heard->count == 1; }));
+}
+
 }  // namespace
 }  // namespace norvane

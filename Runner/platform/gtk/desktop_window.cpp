@@ -55,7 +55,12 @@ struct DesktopWindow::Signals {
     if (event->atom == extents) self->frameMayHaveChanged();
     return FALSE;
   }
-  static gboolean focusEvent(GtkWidget*, GdkEvent*, DesktopWindow* self) {
+  static gboolean focusEvent(GtkWidget*, GdkEventFocus* event, DesktopWindow* self) {
+    // Whoever is given the keyboard has it, even if another has taken it by now. Before the window
+    // is mapped the event is about an earlier showing.
+    if (event->in && self->visible_ && self->desktop_.wantsKeyboard_ != self) {
+      self->desktop_.setKeyWindow(self);
+    }
     self->desktop_.updateKeyWindow();
     return FALSE;
   }
@@ -127,6 +132,7 @@ DesktopWindow::DesktopWindow(GtkDesktop& desktop, NSWindow& owner, const NSRect&
 
 DesktopWindow::~DesktopWindow() {
   if (desktop_.keyWindow_ == this) desktop_.keyWindow_ = nullptr;
+  if (desktop_.wantsKeyboard_ == this) desktop_.wantsKeyboard_ = nullptr;
   std::erase(desktop_.windows_, this);
   g_signal_handlers_disconnect_by_data(window_, this);
   gtk_widget_destroy(window_);
@@ -169,7 +175,11 @@ void DesktopWindow::makeKeyAndOrderFront() {
     // A window on another desktop is not brought by asking for the keyboard.
     gdk_x11_window_move_to_current_desktop(mappedWindow);
   }
-  wantsKeyboard_ = !isMapped();
+  if (!isMapped()) {
+    desktop_.wantsKeyboard_ = this;
+  } else if (desktop_.wantsKeyboard_ != this) {
+    desktop_.wantsKeyboard_ = nullptr;
+  }
   gtk_window_present_with_time(window, desktop_.eventTime_.last());
   // A place given before the window is shown again is lost.
   if (!wasVisible) applyFrame();
@@ -178,15 +188,15 @@ void DesktopWindow::makeKeyAndOrderFront() {
 void DesktopWindow::orderOut() {
   visible_ = false;
   leavesZoom_ = false;
-  wantsKeyboard_ = false;
+  if (desktop_.wantsKeyboard_ == this) desktop_.wantsKeyboard_ = nullptr;
   gtk_widget_hide(window_);
   desktop_.updateKeyWindow();
 }
 
 // Some window managers do not give a new window the keyboard that is kept off their taskbar.
 void DesktopWindow::mapped() {
-  if (!wantsKeyboard_ || !visible_) return;
-  wantsKeyboard_ = false;
+  if (desktop_.wantsKeyboard_ != this) return;
+  desktop_.wantsKeyboard_ = nullptr;
   gdk_window_focus(gtk_widget_get_window(window_), desktop_.eventTime_.last());
 }
 

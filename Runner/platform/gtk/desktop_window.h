@@ -65,10 +65,9 @@ class DesktopWindow : public NativeWindow {
   WindowAppearance appearance_;
   Decoration decoration_;
   bool visible_ = false;
-  unsigned state_ = 0;          ///< GDK's bits
-  bool leavesZoom_ = false;     ///< asked to, for a frame that has yet to settle
-  bool wantsKeyboard_ = false;  ///< as soon as it is mapped
-  unsigned changes_ = 0;        ///< of the frame, to tell when it has settled
+  unsigned state_ = 0;       ///< GDK's bits
+  bool leavesZoom_ = false;  ///< asked to, for a frame that has yet to settle
+  unsigned changes_ = 0;     ///< of the frame, to tell when it has settled
 };
 
 }  // namespace norvane
