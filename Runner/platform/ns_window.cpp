@@ -62,6 +62,7 @@ void NSWindow::setContentViewController(std::shared_ptr<FlutterViewController> c
 }
 
 void NSWindow::close() {
+  if (const auto delegate = delegate_.lock()) delegate->windowWillClose(*this);
   native_->orderOut();
   if (releasedWhenClosed_) platform().application.removeWindow(*this);
 }
@@ -96,7 +97,7 @@ void NSWindow::setFrameAutosaveName(const std::string& name) {
 void NSWindow::setFrameUsingName(const std::string& name) {
   const auto record = platform().userDefaults.stringForKey(frameKey(name));
   const auto kept = record ? parseFrameRecord(*record) : std::nullopt;
-  if (kept) native_->setFrame(*kept, /*animate=*/false);
+  if (kept) native_->restoreFrame(*kept);
 }
 
 void NSWindow::frameDidChange() {

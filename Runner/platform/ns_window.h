@@ -19,6 +19,8 @@ class NSWindowDelegate {
   virtual ~NSWindowDelegate() = default;
   /// The window is no longer the one that the keyboard speaks to.
   virtual void windowDidResignKey(NSWindow& window) = 0;
+  /// The window is about to be closed, by the person or the host; it is still on screen.
+  virtual void windowWillClose(NSWindow& /*window*/) {}
 };
 
 /// A window of the application. Made with `NSApplication::makeWindow`, which owns it. Main thread.

@@ -39,22 +39,43 @@ struct WindowAppearance {
   bool movableByWindowBackground = false;
 };
 
-/// One window as the desktop has it; owned by its `NSWindow`. Main thread. What the desktop does to
-/// it (focus, frame, a person's close) it tells the `NSWindow` in a later turn.
+/// One window as the desktop has it; owned by its `NSWindow`, which outlives no call. Main thread.
+/// No call fails, and each may be made again: what holds already stays. No call tells the
+/// `NSWindow` anything before it returns: what the desktop does (focus, frame, a person's close)
+/// comes in a later turn. Sizes and frames are in points, with the decoration.
 class NativeWindow {
  public:
   virtual ~NativeWindow() = default;
 
+  /// Shows the window, where `frame()` says. The keyboard stays where it is.
   virtual void orderFront() = 0;
+  /// Shows the window, above the others, and asks for the keyboard; of several windows that ask,
+  /// the last gets it. The desktop may refuse or be slow, and nothing is told of it.
   virtual void makeKeyAndOrderFront() = 0;
+  /// Takes the window off screen; its frame is kept for the next showing. One that had the keyboard
+  /// is told of its loss.
   virtual void orderOut() = 0;
+  /// Whether it was shown and neither taken off screen nor iconified since; covered counts as
+  /// shown.
   virtual bool isVisible() const = 0;
 
+  /// What was last set, at once, until the person or the desktop makes another of it.
   virtual NSRect frame() const = 0;
+  /// Sets the frame, shown or not. The limits bind the person, not this. A window that is maximised
+  /// or fills the screen leaves that state first; a title bar is kept below the visible area's top
+  /// where the person would need it. `animate` where the desktop can.
   virtual void setFrame(const NSRect& frame, bool animate) = 0;
+  /// Sets a frame that was kept, maybe on another screen: a desktop with real screens makes it end
+  /// inside what is visible.
+  virtual void restoreFrame(const NSRect& frame) = 0;
+  /// The least that the person may resize the window to. The frame that it has stays.
   virtual void setMinSize(const NSSize& size) = 0;
+  /// The most; `kUnboundedSize` for no limit. The frame that it has stays.
   virtual void setMaxSize(const NSSize& size) = 0;
+  /// Whether it has a title bar and may be resized. Whether it is a panel was settled when it was
+  /// made.
   virtual void setStyleMask(NSWindowStyleMask styleMask) = 0;
+  /// Replaces the whole appearance. Takes effect at the next showing, where the desktop needs that.
   virtual void setAppearance(const WindowAppearance& appearance) = 0;
 };
 

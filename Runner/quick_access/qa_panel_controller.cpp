@@ -125,6 +125,8 @@ void QAPanelController::windowDidResignKey(NSWindow& /*window*/) {
   if (!pinned) hide();
 }
 
+void QAPanelController::windowWillClose(NSWindow& /*window*/) { hide(); }
+
 void QAPanelController::setPinned(FlutterValueView arguments) {
   const auto map = arguments.textKeyedMap();
   pinned = map && (*map)["pinned"].boolean().value_or(false);

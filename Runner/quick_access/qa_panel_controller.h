@@ -28,6 +28,8 @@ class QAPanelController : public NSWindowDelegate,
   void toggle();
   /// A panel that has lost the keyboard goes, unless it is pinned.
   void windowDidResignKey(NSWindow& window) override;
+  /// A panel that the window manager closes goes as by `hide()`.
+  void windowWillClose(NSWindow& window) override;
 
   /// Identity, name and icon of the application in front; empty when there is none or it is this
   /// one.

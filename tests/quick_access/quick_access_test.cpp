@@ -166,6 +166,10 @@ TEST_F(QuickAccessTest, RandomSequencesMatchTheModel) {
         [&] { ask("setPinned", R"({"pinned":true})", [&] { model.pinned = true; }); },
         [&] { ask("setPinned", R"({"pinned":1})", [&] { model.pinned = false; }); },
         [&] { ask("close", "null", [&] { model.hide(); }); },
+        [&] {  // the window manager closes the panel
+          if (controller().panel) controller().panel->close();
+          model.hide();
+        },
         [&] {
           ask("openMain", R"({"editItemId":"a"})",
               [&] { model.openItem(R"({"editItemId":"a"})"); });

@@ -3,12 +3,15 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
+#include <utility>
+#include <vector>
 
 #include <gdk/gdkx.h>
 #include <gtk/gtk.h>
 
 #include "platform/gtk/main_screen.h"
 #include "platform/gtk/placeholder_view.h"
+#include "platform/gtk/x11_properties.h"
 #include "platform/ns_window.h"
 
 namespace norvane {
@@ -17,6 +20,9 @@ namespace {
 // A window manager answers within a few milliseconds; while the person drags, frames follow one
 // another. Seconds.
 constexpr double kSettled = 0.2;
+
+// What the window manager has put around the window: left, right, top, bottom.
+constexpr const char* kFrameExtents = "_NET_FRAME_EXTENTS";
 
 bool isAbout(const NSRect& a, const NSRect& b) {
   const auto near = [](double x, double y) { return std::abs(x - y) <= 1; };
@@ -44,12 +50,23 @@ struct DesktopWindow::Signals {
     self->frameMayHaveChanged();
     return FALSE;
   }
-  static gboolean focusEvent(GtkWidget*, GdkEvent*, DesktopWindow* self) {
+  static gboolean propertyEvent(GtkWidget*, GdkEventProperty* event, DesktopWindow* self) {
+    static const GdkAtom extents = gdk_atom_intern_static_string(kFrameExtents);
+    if (event->atom == extents) self->frameMayHaveChanged();
+    return FALSE;
+  }
+  static gboolean focusEvent(GtkWidget*, GdkEventFocus* event, DesktopWindow* self) {
+    // Whoever is given the keyboard has it, even if another has taken it by now. Before the window
+    // is mapped the event is about an earlier showing.
+    if (event->in && self->visible_ && self->desktop_.wantsKeyboard_ != self) {
+      self->desktop_.setKeyWindow(self);
+    }
     self->desktop_.updateKeyWindow();
     return FALSE;
   }
   static gboolean stateEvent(GtkWidget*, GdkEventWindowState* event, DesktopWindow* self) {
-    self->iconified_ = event->new_window_state & GDK_WINDOW_STATE_ICONIFIED;
+    self->state_ = event->new_window_state;
+    if (!self->isZoomed() && self->leavesZoom_) self->applyFrame();
     return FALSE;
   }
   static gboolean buttonPress(GtkWidget* widget, GdkEventButton* event, DesktopWindow* self) {
@@ -95,13 +112,14 @@ DesktopWindow::DesktopWindow(GtkDesktop& desktop, NSWindow& owner, const NSRect&
     gtk_window_set_skip_taskbar_hint(window, TRUE);
     gtk_window_set_skip_pager_hint(window, TRUE);
   }
-  gtk_widget_add_events(window_, GDK_BUTTON_PRESS_MASK);
+  gtk_widget_add_events(window_, GDK_BUTTON_PRESS_MASK | GDK_PROPERTY_CHANGE_MASK);
   const auto connect = [&](const char* signal, auto* handler) {
     g_signal_connect(window_, signal, G_CALLBACK(handler), this);
   };
   connect("delete-event", &Signals::deleteEvent);
   connect("map-event", &Signals::mapEvent);
   connect("configure-event", &Signals::configureEvent);
+  connect("property-notify-event", &Signals::propertyEvent);
   connect("focus-in-event", &Signals::focusEvent);
   connect("focus-out-event", &Signals::focusEvent);
   connect("window-state-event", &Signals::stateEvent);
@@ -113,12 +131,21 @@ DesktopWindow::DesktopWindow(GtkDesktop& desktop, NSWindow& owner, const NSRect&
 
 DesktopWindow::~DesktopWindow() {
   if (desktop_.keyWindow_ == this) desktop_.keyWindow_ = nullptr;
+  if (desktop_.wantsKeyboard_ == this) desktop_.wantsKeyboard_ = nullptr;
   std::erase(desktop_.windows_, this);
   g_signal_handlers_disconnect_by_data(window_, this);
   gtk_widget_destroy(window_);
 }
 
 bool DesktopWindow::isPanel() const { return styleMask_ & NSWindowStyleMaskNonactivatingPanel; }
+
+bool DesktopWindow::isMapped() const { return gtk_widget_get_mapped(window_); }
+
+bool DesktopWindow::isZoomed() const {
+  return state_ & (GDK_WINDOW_STATE_MAXIMIZED | GDK_WINDOW_STATE_FULLSCREEN);
+}
+
+bool DesktopWindow::isVisible() const { return visible_ && !(state_ & GDK_WINDOW_STATE_ICONIFIED); }
 
 bool DesktopWindow::contains(_GdkWindow* window) const {
   return visible_ && window && gdk_window_get_toplevel(window) == gtk_widget_get_window(window_);
@@ -129,13 +156,14 @@ void DesktopWindow::orderFront() {
   visible_ = true;
   applyFrame();
   gtk_widget_show(window_);
+  applyFrame();
 }
 
 void DesktopWindow::makeKeyAndOrderFront() {
   GtkWindow* window = GTK_WINDOW(window_);
-  const guint32 time = desktop_.eventTime_.last();
+  const bool wasVisible = std::exchange(visible_, true);
   gtk_window_set_focus_on_map(window, TRUE);
-  if (!visible_) {
+  if (!wasVisible) {
     // A hidden window loses all three.
     if (appearance_.collectionBehavior & NSWindowCollectionBehaviorCanJoinAllSpaces) {
       gtk_window_stick(window);
@@ -146,28 +174,61 @@ void DesktopWindow::makeKeyAndOrderFront() {
     // A window on another desktop is not brought by asking for the keyboard.
     gdk_x11_window_move_to_current_desktop(mappedWindow);
   }
-  visible_ = true;
-  wantsKeyboard_ = !gtk_widget_get_mapped(window_);
-  gtk_window_present_with_time(window, time);
+  if (!isMapped()) {
+    desktop_.wantsKeyboard_ = this;
+  } else if (desktop_.wantsKeyboard_ != this) {
+    desktop_.wantsKeyboard_ = nullptr;
+  }
+  gtk_window_present_with_time(window, desktop_.eventTime_.last());
+  // A place given before the window is shown again is lost.
+  if (!wasVisible) applyFrame();
 }
 
 void DesktopWindow::orderOut() {
   visible_ = false;
-  wantsKeyboard_ = false;
+  leavesZoom_ = false;
+  if (desktop_.wantsKeyboard_ == this) desktop_.wantsKeyboard_ = nullptr;
   gtk_widget_hide(window_);
   desktop_.updateKeyWindow();
 }
 
 // Some window managers do not give a new window the keyboard that is kept off their taskbar.
 void DesktopWindow::mapped() {
-  if (!wantsKeyboard_ || !visible_) return;
-  wantsKeyboard_ = false;
+  if (desktop_.wantsKeyboard_ != this) return;
+  desktop_.wantsKeyboard_ = nullptr;
   gdk_window_focus(gtk_widget_get_window(window_), desktop_.eventTime_.last());
 }
 
 void DesktopWindow::setFrame(const NSRect& frame, bool /*animate*/) {
-  frame_ = clamped(frame);
-  applyFrame();
+  frame_ = frame;
+  const auto screen = mainScreen();
+  if (screen && (styleMask_ & NSWindowStyleMaskTitled)) {
+    const NSRect visible = screen->toPoints(screen->workArea);
+    const double top = visible.origin.y + visible.size.height;
+    frame_.origin.y = std::min(frame.origin.y, top - frame.size.height);
+  }
+  leavesZoom_ = isZoomed() && isMapped();
+  if (leavesZoom_) {
+    applyLimits();
+    gtk_container_check_resize(GTK_CONTAINER(window_));
+  }
+  if (state_ & GDK_WINDOW_STATE_FULLSCREEN) gtk_window_unfullscreen(GTK_WINDOW(window_));
+  if (state_ & GDK_WINDOW_STATE_MAXIMIZED) gtk_window_unmaximize(GTK_WINDOW(window_));
+  if (!leavesZoom_) applyFrame();
+}
+
+void DesktopWindow::restoreFrame(const NSRect& frame) {
+  NSRect inside = frame;
+  if (const auto screen = mainScreen()) {
+    const NSRect visible = screen->visibleAreaNear(frame);
+    const auto fit = [](double& origin, double& size, double start, double room) {
+      size = std::min(size, room);
+      origin = std::clamp(origin, start, start + room - size);
+    };
+    fit(inside.origin.x, inside.size.width, visible.origin.x, visible.size.width);
+    fit(inside.origin.y, inside.size.height, visible.origin.y, visible.size.height);
+  }
+  setFrame(inside, /*animate=*/false);
 }
 
 void DesktopWindow::setMinSize(const NSSize& size) {
@@ -193,27 +254,37 @@ void DesktopWindow::setAppearance(const WindowAppearance& appearance) {
   gtk_widget_queue_draw(window_);
 }
 
-NSRect DesktopWindow::clamped(NSRect frame) const {
-  frame.size = {std::max(minSize_.width, std::min(frame.size.width, maxSize_.width)),
-                std::max(minSize_.height, std::min(frame.size.height, maxSize_.height))};
-  return frame;
-}
-
 void DesktopWindow::applyFrame() {
   const auto screen = mainScreen();
   if (!screen) return;
   applyLimits();
-  const GdkRectangle rectangle = screen->fromPoints(frame_);
-  gtk_window_resize(GTK_WINDOW(window_), pixels(rectangle.width - decoration_.width),
-                    pixels(rectangle.height - decoration_.height));
-  gtk_window_move(GTK_WINDOW(window_), rectangle.x, rectangle.y);
+  const GdkRectangle frame = screen->fromPoints(frame_);
+  const int width = pixels(frame.width - decoration_.width);
+  const int height = pixels(frame.height - decoration_.height);
+  gtk_window_resize(GTK_WINDOW(window_), width, height);
+  gtk_window_move(GTK_WINDOW(window_), frame.x, frame.y);
+  if (!isMapped()) return;
+  ++changes_;  // what is there now is not what the window manager will make of this
+  // The toolkit does not ask again for what it asked for before, though the window manager may have
+  // made another of it since. The limits must be there first.
+  gtk_container_check_resize(GTK_CONTAINER(window_));
+  gdk_window_move_resize(gtk_widget_get_window(window_), frame.x, frame.y, width, height);
 }
 
-// The window manager's limits are those of the client, without the decoration.
+// The window manager's limits are those of the client, without the decoration, and bind the host as
+// well, which they must not.
 void DesktopWindow::applyLimits() {
-  NSSize least = minSize_;
-  NSSize most = maxSize_;
-  if (!(styleMask_ & NSWindowStyleMaskResizable)) least = most = frame_.size;
+  const bool isResizable = styleMask_ & NSWindowStyleMaskResizable;
+  const NSSize& frame = frame_.size;
+  NSSize least = isResizable ? NSSize{std::min(minSize_.width, frame.width),
+                                      std::min(minSize_.height, frame.height)}
+                             : frame;
+  // Xfwm4 keeps a window maximised that was no larger than the least before, and the toolkit would
+  // enlarge one that has just left that state.
+  if (leavesZoom_) least = {};
+  const NSSize most = isResizable ? NSSize{std::max(maxSize_.width, frame.width),
+                                           std::max(maxSize_.height, frame.height)}
+                                  : frame;
   GdkGeometry limits{};
   limits.min_width = pixels(least.width - decoration_.width);
   limits.min_height = pixels(least.height - decoration_.height);
@@ -225,25 +296,28 @@ void DesktopWindow::applyLimits() {
                                   (most == kUnboundedSize ? 0 : GDK_HINT_MAX_SIZE)));
 }
 
-// Known once the window manager has put the window into its frame. What was asked for before was
-// meant for another decoration.
-void DesktopWindow::learnDecoration(const GdkRectangle& extents) {
-  Decoration decoration;
-  gtk_window_get_size(GTK_WINDOW(window_), &decoration.width, &decoration.height);
-  decoration = {extents.width - decoration.width, extents.height - decoration.height};
-  const bool isNone = decoration == Decoration{};
-  if (decoration == decoration_ || (isNone && gtk_window_get_decorated(GTK_WINDOW(window_)))) {
-    return;
+// Known once the window manager has put the window into its frame; without one there is none. What
+// was asked for before was meant for another decoration.
+void DesktopWindow::learnDecoration() {
+  std::vector<unsigned long> extents;
+  {
+    const XErrorsForgiven forgiven;
+    extents = xNumbers(gdk_x11_window_get_xid(gtk_widget_get_window(window_)), kFrameExtents, 4);
   }
+  if (extents.size() != 4 || isZoomed()) return;
+  if (std::ranges::any_of(extents, [](unsigned long extent) { return extent > G_MAXSHORT; }))
+    return;
+  const int scale = gtk_widget_get_scale_factor(window_);
+  const Decoration decoration{static_cast<int>(extents[0] + extents[1]) / scale,
+                              static_cast<int>(extents[2] + extents[3]) / scale};
+  if (decoration == decoration_) return;
   decoration_ = decoration;
   applyFrame();
 }
 
 void DesktopWindow::frameMayHaveChanged() {
-  if (!isVisible() || !gtk_widget_get_mapped(window_)) return;
-  GdkRectangle extents;
-  gdk_window_get_frame_extents(gtk_widget_get_window(window_), &extents);
-  learnDecoration(extents);
+  if (!isVisible() || !isMapped()) return;
+  learnDecoration();
   desktop_.dispatch_.mainAfter(kSettled,
                                [this, change = ++changes_, weakOwner = owner_.weak_from_this()] {
                                  if (!weakOwner.expired() && change == changes_) takeSettledFrame();
@@ -253,7 +327,13 @@ void DesktopWindow::frameMayHaveChanged() {
 // Only of a window that is on screen: hidden and iconified ones report frames that are none.
 void DesktopWindow::takeSettledFrame() {
   const auto screen = mainScreen();
-  if (!isVisible() || !gtk_widget_get_mapped(window_) || !screen) return;
+  if (!isVisible() || !isMapped() || !screen) return;
+  if (leavesZoom_) {
+    if (isZoomed()) return;
+    leavesZoom_ = false;
+    applyFrame();  // once more, for the limits
+    return;
+  }
   GdkRectangle extents;
   gdk_window_get_frame_extents(gtk_widget_get_window(window_), &extents);
   const NSRect settled = screen->toPoints(extents);

@@ -7,13 +7,12 @@
 
 struct _GdkWindow;
 struct _GtkWidget;
-struct _cairo_rectangle_int;
 
 namespace norvane {
 
-/// One window of GTK's. Its frame is a model: what was asked for, within the limits, at once; what
-/// the window manager makes of it follows when it has settled. Frames have their decoration, which
-/// X knows only while a window is mapped, so the last one is remembered. Main thread.
+/// One window of GTK's. Its frame is a model: what was asked for, at once; what the window manager
+/// makes of it follows when it has settled. Frames have their decoration, which X knows only while
+/// a window is mapped, so the last one is remembered. Main thread.
 class DesktopWindow : public NativeWindow {
  public:
   DesktopWindow(GtkDesktop& desktop, NSWindow& owner, const NSRect& frame,
@@ -24,10 +23,11 @@ class DesktopWindow : public NativeWindow {
   void makeKeyAndOrderFront() override;
   void orderOut() override;
   /// An iconified window is not.
-  bool isVisible() const override { return visible_ && !iconified_; }
+  bool isVisible() const override;
   NSRect frame() const override { return frame_; }
   /// No window manager of X animates: `animate` changes nothing.
   void setFrame(const NSRect& frame, bool animate) override;
+  void restoreFrame(const NSRect& frame) override;
   void setMinSize(const NSSize& size) override;
   void setMaxSize(const NSSize& size) override;
   void setStyleMask(NSWindowStyleMask styleMask) override;
@@ -46,13 +46,14 @@ class DesktopWindow : public NativeWindow {
   };
 
   bool isPanel() const;
+  bool isMapped() const;
+  bool isZoomed() const;
   void mapped();
   void frameMayHaveChanged();
   void takeSettledFrame();
-  void learnDecoration(const _cairo_rectangle_int& extents);
+  void learnDecoration();
   void applyFrame();
   void applyLimits();
-  NSRect clamped(NSRect frame) const;
 
   GtkDesktop& desktop_;
   NSWindow& owner_;
@@ -64,9 +65,9 @@ class DesktopWindow : public NativeWindow {
   WindowAppearance appearance_;
   Decoration decoration_;
   bool visible_ = false;
-  bool iconified_ = false;
-  bool wantsKeyboard_ = false;  ///< as soon as it is mapped
-  unsigned changes_ = 0;        ///< of the frame, to tell when it has settled
+  unsigned state_ = 0;       ///< GDK's bits
+  bool leavesZoom_ = false;  ///< asked to, for a frame that has yet to settle
+  unsigned changes_ = 0;     ///< of the frame, to tell when it has settled
 };
 
 }  // namespace norvane

@@ -83,9 +83,12 @@ void GtkDesktop::updateKeyWindow() {
   GdkWindow* const focus = ownWindow(xFocus());
   const auto found = std::ranges::find_if(
       windows_, [&](const DesktopWindow* window) { return window->contains(focus); });
-  DesktopWindow* const now = found == windows_.end() ? nullptr : *found;
-  DesktopWindow* const before = std::exchange(keyWindow_, now);
-  if (!before || before == now) return;
+  setKeyWindow(found == windows_.end() ? nullptr : *found);
+}
+
+void GtkDesktop::setKeyWindow(DesktopWindow* window) {
+  DesktopWindow* const before = std::exchange(keyWindow_, window);
+  if (!before || before == window) return;
   dispatch_.mainAsync([this, weakWindow = before->owner().weak_from_this()] {
     const auto resigned = weakWindow.lock();
     // One that has the keyboard again by now has nothing to hear.

@@ -50,6 +50,7 @@ class GtkDesktop : public WindowServer, public Screens, public NSProcessInfo {
   friend class DesktopWindow;
 
   void updateKeyWindow();
+  void setKeyWindow(DesktopWindow* window);
   bool hasVisibleMainWindow() const;
   void personCloses(const std::weak_ptr<NSWindow>& window);
 
@@ -58,6 +59,7 @@ class GtkDesktop : public WindowServer, public Screens, public NSProcessInfo {
   std::function<void()> quit_;
   std::vector<DesktopWindow*> windows_;
   DesktopWindow* keyWindow_ = nullptr;
+  DesktopWindow* wantsKeyboard_ = nullptr;  ///< as soon as it is mapped; the newest wish
   X11EventFilter activeWindowWatch_;
 };
 

@@ -19,6 +19,15 @@ GdkRectangle MainScreen::fromPoints(const NSRect& rectangle) const {
           static_cast<int>(std::lround(bottom - rectangle.origin.y)) - height, width, height};
 }
 
+NSRect MainScreen::visibleAreaNear(const NSRect& frame) const {
+  const GdkRectangle place = fromPoints(frame);
+  GdkMonitor* const nearest = gdk_display_get_monitor_at_point(
+      gdk_display_get_default(), place.x + place.width / 2, place.y + place.height / 2);
+  GdkRectangle area;
+  gdk_monitor_get_workarea(nearest, &area);
+  return toPoints(area);
+}
+
 std::optional<MainScreen> mainScreen() {
   GdkDisplay* display = gdk_display_get_default();
   GdkMonitor* monitor = gdk_display_get_primary_monitor(display);

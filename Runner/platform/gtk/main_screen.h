@@ -16,6 +16,8 @@ struct MainScreen {
 
   NSRect toPoints(const GdkRectangle& rectangle) const;
   GdkRectangle fromPoints(const NSRect& rectangle) const;
+  /// Of the screen that `frame` lies on, or is nearest to.
+  NSRect visibleAreaNear(const NSRect& frame) const;
 };
 
 /// Nothing when no screen is attached.

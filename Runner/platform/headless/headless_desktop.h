@@ -103,6 +103,7 @@ class HeadlessWindow : public NativeWindow {
   bool isVisible() const override { return visible_; }
   NSRect frame() const override { return frame_; }
   void setFrame(const NSRect& frame, bool animate) override;
+  void restoreFrame(const NSRect& frame) override { frame_ = frame; }
   void setMinSize(const NSSize& size) override { minSize_ = size; }
   void setMaxSize(const NSSize& size) override { maxSize_ = size; }
   void setStyleMask(NSWindowStyleMask styleMask) override { styleMask_ = styleMask; }
