@@ -12,12 +12,12 @@
 
 #include "platform/gtk/gtk_platform.h"
 #include "platform/gtk/main_screen.h"
-#include "platform/gtk/x11_properties.h"
 #include "platform/headless/headless_platform.h"
 #include "platform/linux/glib_dispatch.h"
 #include "platform/linux/glib_handles.h"
 #include "platform/linux/stderr_log.h"
 #include "platform/ns_panel.h"
+#include "platform/x11/x11_properties.h"
 #include "real_desktop.h"
 
 // Xlib's macros come after everything that they would break.

@@ -11,8 +11,8 @@
 
 #include "platform/gtk/main_screen.h"
 #include "platform/gtk/placeholder_view.h"
-#include "platform/gtk/x11_properties.h"
 #include "platform/ns_window.h"
+#include "platform/x11/x11_properties.h"
 
 namespace norvane {
 namespace {
