@@ -14,6 +14,19 @@ class Log {
   virtual void write(std::string_view text) = 0;
 };
 
+/// Installs where NSLog writes for the life of this object, then the one before it again. `main`
+/// makes one before anything else; a test makes its own.
+class ScopedLog {
+ public:
+  explicit ScopedLog(Log& log);
+  ~ScopedLog();
+  ScopedLog(const ScopedLog&) = delete;
+  ScopedLog& operator=(const ScopedLog&) = delete;
+
+ private:
+  Log* previous_;
+};
+
 /// Logs one record; by convention it begins "[Norvane] ". Never pass it anything of a vault's item.
 void NSLog(std::string_view text);
 

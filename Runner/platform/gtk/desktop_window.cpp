@@ -59,7 +59,7 @@ struct DesktopWindow::Signals {
     // Whoever is given the keyboard has it, even if another has taken it by now. Before the window
     // is mapped the event is about an earlier showing.
     if (event->in && self->visible_ && self->desktop_.wantsKeyboard_ != self) {
-      self->desktop_.setKeyWindow(self);
+      self->desktop_.application_.setKeyWindow(&self->owner_);
     }
     self->desktop_.updateKeyWindow();
     return FALSE;
@@ -130,7 +130,6 @@ DesktopWindow::DesktopWindow(GtkDesktop& desktop, NSWindow& owner, const NSRect&
 }
 
 DesktopWindow::~DesktopWindow() {
-  if (desktop_.keyWindow_ == this) desktop_.keyWindow_ = nullptr;
   if (desktop_.wantsKeyboard_ == this) desktop_.wantsKeyboard_ = nullptr;
   std::erase(desktop_.windows_, this);
   g_signal_handlers_disconnect_by_data(window_, this);
