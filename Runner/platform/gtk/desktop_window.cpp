@@ -213,7 +213,9 @@ void DesktopWindow::setFrame(const NSRect& frame, bool /*animate*/) {
     gtk_container_check_resize(GTK_CONTAINER(window_));
   }
   if (state_ & GDK_WINDOW_STATE_FULLSCREEN) gtk_window_unfullscreen(GTK_WINDOW(window_));
-  if (state_ & GDK_WINDOW_STATE_MAXIMIZED) gtk_window_unmaximize(GTK_WINDOW(window_));
+  // Also where the toolkit knows of no such state: it counts only both directions together, and
+  // KWin maximises a window in one that is as large as the screen in it.
+  if (isMapped()) gtk_window_unmaximize(GTK_WINDOW(window_));
   if (!leavesZoom_) applyFrame();
 }
 
