@@ -81,6 +81,7 @@ bool grabFails = false;
 struct Real {
   Real() {
     layOut("ru,us");
+    XkbSetAutoRepeatRate(x, XkbUseCoreKbd, 20000, 1000);  // none but where a test wants it
     gtk_container_add(GTK_CONTAINER(window), field);
     gtk_widget_show_all(window);
     EXPECT_TRUE(awaitFocus());
