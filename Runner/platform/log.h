@@ -9,8 +9,9 @@ class Log {
  public:
   virtual ~Log() = default;
 
-  /// Writes one record. `text` may hold anything, line breaks included: the sink escapes control
-  /// characters, so that a record stays one line.
+  /// Writes one record before it returns. `text` may hold anything, line breaks included: the sink
+  /// escapes control characters, so that a record stays one line. One that cannot be written is
+  /// lost without a word.
   virtual void write(std::string_view text) = 0;
 };
 

@@ -12,17 +12,20 @@
 
 namespace norvane {
 
-/// What the platform asks and tells an application. Main thread.
+/// What the platform asks and tells an application, never inside a call of the host's. Main thread.
 class NSApplicationDelegate {
  public:
   virtual ~NSApplicationDelegate() = default;
 
-  /// Once, after the main interface file has been loaded.
+  /// Once, after the main interface file has been loaded and before any link is handed over.
   virtual void applicationDidFinishLaunching() = 0;
-  /// True ends the process.
+  /// Asked when the person has closed a window and no main one is visible any more; true ends the
+  /// process.
   virtual bool applicationShouldTerminateAfterLastWindowClosed() = 0;
   /// The person reopened the running application; true lets the platform do what it does by itself.
   virtual bool applicationShouldHandleReopen(bool hasVisibleWindows) = 0;
+  /// Whether the state of windows may be restored from typed archives only; asked by desktops that
+  /// restore it.
   virtual bool applicationSupportsSecureRestorableState() = 0;
 };
 

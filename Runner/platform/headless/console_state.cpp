@@ -67,6 +67,7 @@ void writeItem(JsonWriter& writer, const KeychainDirectory::Item& item) {
   member(writer, "accessGroup", std::optional<std::string_view>(item.name.accessGroup));
   member(writer, "accessible", item.accessible);
   member(writer, "synchronizable", item.synchronizable);
+  // Its size, never its value: the output may be kept.
   member(writer, "bytes", static_cast<std::int64_t>(item.value.size()));
   writer.EndObject();
 }
