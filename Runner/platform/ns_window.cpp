@@ -57,6 +57,7 @@ NSWindow::NSWindow(const NSRect& contentRect, NSWindowStyleMask styleMask)
 NSWindow::~NSWindow() = default;
 
 void NSWindow::setContentViewController(std::shared_ptr<FlutterViewController> controller) {
+  native_->showView(*controller);
   contentViewController_ = std::move(controller);
   contentViewController_->loadView();
 }

@@ -7,6 +7,7 @@
 
 namespace norvane {
 
+class FlutterViewController;
 class NSWindow;
 
 /// What a window is made with and of; the values are the home system's.
@@ -58,6 +59,10 @@ class NativeWindow {
   /// Whether it was shown and neither taken off screen nor iconified since; covered counts as
   /// shown.
   virtual bool isVisible() const = 0;
+
+  /// Shows the view's UI in the window, in place of what it shows; the engine may not run yet. The
+  /// window's owner keeps `controller` for as long.
+  virtual void showView(FlutterViewController& controller) = 0;
 
   /// What was last set, at once, until the person or the desktop makes another of it.
   virtual NSRect frame() const = 0;

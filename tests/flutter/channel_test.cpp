@@ -119,6 +119,8 @@ TEST_F(ChannelTest, HandlerMayReplaceItselfOrEndItsEngineWhileItRuns) {
   });
   EXPECT_EQ(answers(), Lines{"reply success \"xxxxxmethod\""});
   EXPECT_EQ(answers(), Lines{"reply success \"second\""});
+  channel().setMethodCallHandler({});
+  EXPECT_EQ(answers(), Lines{"reply notImplemented"});
 
   std::string seen;
   handle([this, owned, &seen](FlutterMethodCall call, FlutterResult result) {

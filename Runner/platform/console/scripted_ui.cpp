@@ -1,7 +1,5 @@
 #include "platform/console/scripted_ui.h"
 
-#include <utility>
-
 #include "platform/flutter/flutter_engine.h"
 #include "platform/flutter/flutter_view_controller.h"
 
@@ -11,6 +9,11 @@ bool ScriptedUi::send(const std::string& engine, const std::string& channel, Byt
                       FlutterBinaryReply::Sink reply) {
   const auto found = engines_.find(engine);
   if (found == engines_.end()) return false;
+  const auto bound = bound_.find(found->second);
+  if (bound == bound_.end() || !bound->second.contains(channel)) {
+    reply({});
+    return true;
+  }
   // Kept for the call: a handler may end its own engine.
   const auto messenger = found->second->binaryMessenger();
   messenger->deliver(channel, std::move(message), std::move(reply));
@@ -28,6 +31,16 @@ void ScriptedUi::shutDown(FlutterEngine& engine) {
 
 void ScriptedUi::send(FlutterEngine& engine, std::string_view channel, Bytes message) {
   if (observer_) observer_->called(engine.name(), channel, std::move(message));
+}
+
+void ScriptedUi::channelBound(FlutterEngine& engine, std::string_view channel) {
+  bound_[&engine].emplace(channel);
+}
+
+void ScriptedUi::channelUnbound(FlutterEngine& engine, std::string_view channel) {
+  const auto bound = bound_.find(&engine);
+  bound->second.erase(bound->second.find(channel));
+  if (bound->second.empty()) bound_.erase(bound);
 }
 
 void ScriptedUi::registerPlugin(std::string_view /*plugin*/,

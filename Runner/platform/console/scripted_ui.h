@@ -1,6 +1,8 @@
 #pragma once
 
+#include <functional>
 #include <map>
+#include <set>
 #include <string>
 #include <string_view>
 
@@ -26,7 +28,8 @@ class ScriptedUi : public FlutterEmbedder {
   /// Null for none: what the host sends is then lost, as with a UI that never listens.
   void setObserver(UiObserver* observer) { observer_ = observer; }
 
-  /// Sends a message as `engine`'s UI program. False, and `reply` is not called, when no such
+  /// Sends a message as `engine`'s UI program; as engines do, it answers one on a channel that is
+  /// not bound itself, with "not implemented". False, and `reply` is not called, when no such
   /// engine runs.
   bool send(const std::string& engine, const std::string& channel, Bytes message,
             FlutterBinaryReply::Sink reply);
@@ -34,11 +37,14 @@ class ScriptedUi : public FlutterEmbedder {
   void run(FlutterEngine& engine, std::string_view entrypoint) override;
   void shutDown(FlutterEngine& engine) override;
   void send(FlutterEngine& engine, std::string_view channel, Bytes message) override;
+  void channelBound(FlutterEngine& engine, std::string_view channel) override;
+  void channelUnbound(FlutterEngine& engine, std::string_view channel) override;
   void registerPlugin(std::string_view plugin, const FlutterPluginRegistrar& registrar) override;
 
  private:
   UiObserver* observer_ = nullptr;
   std::map<std::string, FlutterEngine*> engines_;
+  std::map<const FlutterEngine*, std::set<std::string, std::less<>>> bound_;
 };
 
 }  // namespace norvane

@@ -38,7 +38,18 @@ void FlutterBinaryReply::send(Bytes reply) {
 void FlutterBinaryReply::drop() { sink_ = {}; }
 
 void FlutterBinaryMessenger::setMessageHandler(const std::string& channel, Handler handler) {
-  bindings_[channel] = std::make_shared<const Binding>(Binding{channel, std::move(handler)});
+  if (!handler) {
+    if (bindings_.erase(channel) > 0) announce(channel, false);
+    return;
+  }
+  auto& binding = bindings_[channel];
+  const bool wasBound = binding != nullptr;
+  binding = std::make_shared<const Binding>(Binding{channel, std::move(handler)});
+  if (!wasBound) announce(channel, true);
+}
+
+void FlutterBinaryMessenger::announce(std::string_view channel, bool isBound) const {
+  if (engine_ && announcement_) announcement_(channel, isBound);
 }
 
 void FlutterBinaryMessenger::send(std::string_view channel, Bytes message) {
@@ -46,7 +57,10 @@ void FlutterBinaryMessenger::send(std::string_view channel, Bytes message) {
   if (engine_) outgoing_(channel, std::move(message));
 }
 
-void FlutterBinaryMessenger::engineEnded() { engine_.reset(); }
+void FlutterBinaryMessenger::engineEnded() {
+  for (const auto& [channel, binding] : bindings_) announce(channel, false);
+  engine_.reset();
+}
 
 void FlutterBinaryMessenger::deliver(const std::string& channel, Bytes message,
                                      FlutterBinaryReply::Sink sink) {

@@ -45,18 +45,23 @@ class FlutterBinaryMessenger {
   using Handler = std::function<void(Bytes message, FlutterBinaryReply reply)>;
   /// Takes a message of the host to the UI program.
   using Outgoing = std::function<void(std::string_view channel, Bytes message)>;
+  /// Hears when a channel is bound that was not, and when it is no longer.
+  using Announcement = std::function<void(std::string_view channel, bool isBound)>;
 
-  explicit FlutterBinaryMessenger(Outgoing outgoing)
-      : outgoing_(std::move(outgoing)), engine_(std::make_shared<char>()) {}
+  explicit FlutterBinaryMessenger(Outgoing outgoing, Announcement announcement = {})
+      : outgoing_(std::move(outgoing)),
+        announcement_(std::move(announcement)),
+        engine_(std::make_shared<char>()) {}
 
   // The host's side
 
-  /// Binds `channel`, in place of an earlier handler. A handler that is replaced, or whose engine
-  /// ends, while it runs, runs to its end.
+  /// Binds `channel`, in place of an earlier handler; an empty one unbinds it. A handler that is
+  /// replaced, or whose engine ends, while it runs, runs to its end.
   void setMessageHandler(const std::string& channel, Handler handler);
   /// Sends without waiting for an answer.
   void send(std::string_view channel, Bytes message);
-  /// The engine's last call: from now on nothing is sent, and open replies go nowhere.
+  /// The engine's last call: from now on nothing is sent, and open replies go nowhere. Every
+  /// channel is announced as unbound.
   void engineEnded();
 
   // The UI's side
@@ -71,7 +76,10 @@ class FlutterBinaryMessenger {
     Handler handler;
   };
 
+  void announce(std::string_view channel, bool isBound) const;
+
   Outgoing outgoing_;
+  Announcement announcement_;
   std::shared_ptr<const void> engine_;  // what open replies watch
   std::map<std::string, std::shared_ptr<const Binding>> bindings_;
 };

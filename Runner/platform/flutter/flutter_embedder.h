@@ -26,6 +26,14 @@ class FlutterEmbedder {
   /// answered. Messages of a channel arrive in their order. The bytes may hold a secret.
   virtual void send(FlutterEngine& engine, std::string_view channel, Bytes message) = 0;
 
+  /// `channel` is bound in `engine`, maybe before it runs: the UI program's messages on it are to
+  /// be delivered. On a channel that is not bound nothing of the host's listens; the UI program's
+  /// own plugins may. Said once, until it is unbound.
+  virtual void channelBound(FlutterEngine& engine, std::string_view channel) = 0;
+  /// The channel is served no longer. Said of every channel at the engine's end, ahead of
+  /// `shutDown`.
+  virtual void channelUnbound(FlutterEngine& engine, std::string_view channel) = 0;
+
   /// Lets the UI toolkit's plugin of the class `plugin` register itself with `registrar`, whose
   /// engine runs; once for each. One that this desktop does not have is left out.
   virtual void registerPlugin(std::string_view plugin, const FlutterPluginRegistrar& registrar) = 0;

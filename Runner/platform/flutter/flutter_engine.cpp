@@ -16,9 +16,17 @@ constexpr const char* kMainEntrypoint = "main";
 
 FlutterEngine::FlutterEngine(std::string name)
     : name_(std::move(name)),
-      messenger_(
-          std::make_shared<FlutterBinaryMessenger>([this](std::string_view channel, Bytes message) {
+      messenger_(std::make_shared<FlutterBinaryMessenger>(
+          [this](std::string_view channel, Bytes message) {
             platform().flutter.send(*this, channel, std::move(message));
+          },
+          [this](std::string_view channel, bool isBound) {
+            FlutterEmbedder& embedder = platform().flutter;
+            if (isBound) {
+              embedder.channelBound(*this, channel);
+            } else {
+              embedder.channelUnbound(*this, channel);
+            }
           })) {}
 
 FlutterEngine::~FlutterEngine() {

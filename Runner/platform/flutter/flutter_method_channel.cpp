@@ -9,6 +9,10 @@ namespace norvane {
 void FlutterMethodChannel::setMethodCallHandler(Handler handler) {
   const auto messenger = messenger_.lock();
   if (!messenger) return;
+  if (!handler) {
+    messenger->setMessageHandler(name_, {});
+    return;
+  }
   messenger->setMessageHandler(
       name_, [name = name_, handler = std::move(handler)](Bytes message, FlutterBinaryReply reply) {
         const std::size_t size = message.size();

@@ -36,8 +36,9 @@ class FlutterMethodChannel {
   FlutterMethodChannel(std::string name, const std::shared_ptr<FlutterBinaryMessenger>& messenger)
       : name_(std::move(name)), messenger_(messenger) {}
 
-  /// A call that cannot be decoded never reaches `handler`: it is logged and answered with "not
-  /// implemented". What `handler` throws ends here, with one answer.
+  /// An empty handler unbinds the channel. A call that cannot be decoded never reaches `handler`:
+  /// it is logged and answered with "not implemented". What `handler` throws ends here, with one
+  /// answer.
   void setMethodCallHandler(Handler handler);
 
   /// Calls the UI without waiting for a reply; nothing happens when the engine is gone.

@@ -125,7 +125,6 @@ DesktopWindow::DesktopWindow(GtkDesktop& desktop, NSWindow& owner, const NSRect&
   connect("window-state-event", &Signals::stateEvent);
   connect("button-press-event", &Signals::buttonPress);
   connect("draw", &Signals::draw);
-  gtk_container_add(GTK_CONTAINER(window_), makePlaceholderView(isPanel()));
   setStyleMask(styleMask);
 }
 
@@ -148,6 +147,14 @@ bool DesktopWindow::isVisible() const { return visible_ && !(state_ & GDK_WINDOW
 
 bool DesktopWindow::contains(_GdkWindow* window) const {
   return visible_ && window && gdk_window_get_toplevel(window) == gtk_widget_get_window(window_);
+}
+
+// The UI is somebody else's to play, and draws nothing.
+void DesktopWindow::showView(FlutterViewController& /*controller*/) {
+  GtkContainer* const window = GTK_CONTAINER(window_);
+  gtk_container_foreach(
+      window, [](GtkWidget* child, gpointer) { gtk_widget_destroy(child); }, nullptr);
+  gtk_container_add(window, makePlaceholderView(isPanel()));
 }
 
 void DesktopWindow::orderFront() {

@@ -24,6 +24,7 @@ class DesktopWindow : public NativeWindow {
   void orderOut() override;
   /// An iconified window is not.
   bool isVisible() const override;
+  void showView(FlutterViewController& controller) override;
   NSRect frame() const override { return frame_; }
   /// No window manager of X animates: `animate` changes nothing.
   void setFrame(const NSRect& frame, bool animate) override;

@@ -94,6 +94,7 @@ class HeadlessWindow : public NativeWindow {
   void makeKeyAndOrderFront() override;
   void orderOut() override;
   bool isVisible() const override { return visible_; }
+  void showView(FlutterViewController& /*controller*/) override {}  // there are no pixels
   NSRect frame() const override { return frame_; }
   void setFrame(const NSRect& frame, bool animate) override;
   void restoreFrame(const NSRect& frame) override { frame_ = frame; }

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/hotkey_press.h"
+#include "platform/linux/hotkey_press.h"
 
 namespace norvane {
 namespace {

@@ -6,7 +6,7 @@
 #include <thread>
 #include <utility>
 
-#include "platform/hotkey_press.h"
+#include "platform/linux/hotkey_press.h"
 #include "platform/log.h"
 #include "platform/session/key_codes.h"
 #include "platform/session/session.h"

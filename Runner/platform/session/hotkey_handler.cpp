@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "platform/hotkey_press.h"
+#include "platform/linux/hotkey_press.h"
 
 namespace norvane {
 

@@ -8,7 +8,7 @@
 #include <X11/keysym.h>
 #include <gdk/gdkx.h>
 
-#include "platform/hotkey_press.h"
+#include "platform/linux/hotkey_press.h"
 #include "platform/log.h"
 #include "platform/session/key_codes.h"
 #include "platform/x11/x11_focus.h"
