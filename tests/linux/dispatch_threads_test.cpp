@@ -40,15 +40,14 @@ TEST(DispatchThreadsTest, ADelayedStepWaitsItsTimeAndCountsAsUnrest) {
   const auto begin = std::chrono::steady_clock::now();
   std::vector<int> order;
   dispatch.mainAfter(0.02, [&] {
-    order.push_back(2);
+    order.push_back(1);
     dispatch.quit();
   });
-  dispatch.mainAfter(0.01, [&] { order.push_back(1); });
   dispatch.mainAsync([&] { order.push_back(0); });
   EXPECT_FALSE(dispatch.isQuiet());
   dispatch.run();
   EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(20));
-  EXPECT_EQ(order, (std::vector{0, 1, 2}));
+  EXPECT_EQ(order, (std::vector{0, 1}));
   EXPECT_TRUE(dispatch.isQuiet());
 }
 

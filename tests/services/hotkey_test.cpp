@@ -125,6 +125,7 @@ TEST_F(HotkeyTest, WithoutAHandlerNothingIsTriedUntilTheChoiceChanges) {
 
 TEST_F(HotkeyTest, WithoutTheDelegateEveryCallIsAnError) {
   start();
+  EXPECT_EQ(call(kConfig, "unknown"), "notImplemented");
   application().setDelegate(nullptr);
   EXPECT_EQ(call(kConfig, "setChoice"), "error no_app_delegate: (none), null");
   EXPECT_EQ(call(kConfig, "unknown"), "error no_app_delegate: (none), null");
