@@ -163,6 +163,12 @@ TEST(RealWindows, EndInsideWhatIsVisible) {
   EXPECT_TRUE(await([&] {
     return world.onScreen(*window) == NSRect{{40, 160}, {820, 540}};
   })) << "the title bar";
+  ASSERT_TRUE(await([&] { return world.dispatch.isQuiet(); }));
+  outputOf({"wmctrl", "-r", "Norvane", "-e", "0,-1,-1,816,-1"});
+  EXPECT_TRUE(await([&] {
+    const NSRect resized = world.onScreen(*window);
+    return resized.size.width == 818 && window->frame() == resized;
+  })) << "by the person, to the pixel";
 }
 
 TYPED_TEST(WindowContract, ThePanelTakesTheKeyboardAndHearsOfItsLossLaterAndOnce) {

@@ -160,6 +160,9 @@ TEST(RealWorkspace, LooksBelowItsPanelAndWorksWithoutAWindowManager) {
   const NSWorkspace& workspace = session.workspace();
   session.open({.name = "Browser"});
   const auto browser = claim("_NET_ACTIVE_WINDOW");
+  session.open({.name = "Tool"});
+  outputOf({"wmctrl", "-i", "-a", std::to_string(browser).c_str()});
+  EXPECT_TRUE(await([&] { return claim("_NET_ACTIVE_WINDOW") == browser; }));
   auto panel = ownWindow(true);
   EXPECT_TRUE(await([&] {
     const auto active = claim("_NET_ACTIVE_WINDOW");

@@ -7,7 +7,6 @@ import re
 import resource
 import secrets
 import sqlite3
-import stat
 import subprocess
 import unittest
 
@@ -62,9 +61,7 @@ class Reading(AutoFillTest):
                 self.call(host, method, [item("1")])
             host.settle()
             self.assertGreaterEqual(len(self.kept()), 6)
-            for path in [path for path, _, _ in os.walk(self.data)] + self.kept():
-                self.assertEqual(stat.S_IMODE(os.stat(path).st_mode),
-                                 0o700 if os.path.isdir(path) else 0o600, path)
+            self.assert_for_their_owner_alone()
 
     def test_identities_and_pairs_outlive_the_host(self):
         with self.start() as host:

@@ -43,6 +43,7 @@ class BareDesktop(HostTest):
 
     def setUp(self):
         super().setUp()
+        self.addCleanup(os.umask, os.umask(0))
         os.mkdir(self.path("run"), 0o700)
         self.enterContext(mock.patch.dict(os.environ, {
             "HOME": self.root, "XDG_RUNTIME_DIR": self.path("run"), "LC_ALL": "C.UTF-8",
@@ -84,6 +85,7 @@ class BareDesktop(HostTest):
     def assert_ends_well(self, host, end=lambda host: os.kill(host.pid, signal.SIGTERM)):
         end(host)
         status, _, log = host.ended()
+        self.assert_for_their_owner_alone()
         self.assertEqual((status, [line for line in log if not line.startswith("[Norvane] ")
                                    or "fault" in line]), (0, []))
         return log

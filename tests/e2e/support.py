@@ -2,6 +2,7 @@
 
 import json
 import os
+import stat
 import tempfile
 import unittest
 
@@ -46,6 +47,11 @@ class HostTest(unittest.TestCase):
         if profile is not None:
             options += ["--desktop", write(self.path("profile.json"), json.dumps(profile))]
         return Host(bundle, *options, env=environment(**changes))
+
+    def assert_for_their_owner_alone(self):
+        for path in [path for path, _, _ in os.walk(self.data)] + self.kept():
+            self.assertEqual(stat.S_IMODE(os.stat(path).st_mode),
+                             0o700 if os.path.isdir(path) else 0o600, path)
 
     def kept(self, part=""):
         """The files of the data directory; those with `part` in their names."""

@@ -6,6 +6,8 @@
 #include <thread>
 #include <utility>
 
+#include <bus_interfaces.h>
+
 #include "platform/linux/hotkey_press.h"
 #include "platform/log.h"
 #include "platform/session/key_codes.h"
@@ -16,13 +18,19 @@ namespace {
 
 constexpr const char* kPortal = "org.freedesktop.portal.Desktop";
 constexpr const char* kPath = "/org/freedesktop/portal/desktop";
-constexpr const char* kShortcuts = "org.freedesktop.portal.GlobalShortcuts";
 constexpr auto kPatience = std::chrono::seconds(2);
 // Always the same: desktops list the shortcuts under it, and know them again by it.
 constexpr const char* kSessionToken = "norvane";
 constexpr EventHotKeyRef kHotKeyRef = 1;  // there is one at a time
 
 using ContextPtr = std::unique_ptr<GMainContext, Deleter<g_main_context_unref>>;
+using PusherPtr = std::unique_ptr<GMainContextPusher, Deleter<g_main_context_pusher_free>>;
+
+constexpr auto kForSignals =
+    static_cast<GDBusProxyFlags>(G_DBUS_PROXY_FLAGS_DO_NOT_LOAD_PROPERTIES |
+                                 G_DBUS_PROXY_FLAGS_DO_NOT_AUTO_START_AT_CONSTRUCTION);
+constexpr auto kForCalls =
+    static_cast<GDBusProxyFlags>(kForSignals | G_DBUS_PROXY_FLAGS_DO_NOT_CONNECT_SIGNALS);
 
 /// What the portal said to a request.
 struct Answer {
@@ -43,41 +51,39 @@ std::string newToken() {
   return "norvane" + std::to_string(++number);
 }
 
-/// The answer to one request to the portal, which comes as a signal of an object of its own. It is
-/// heard in a context of its own, so that the wait for it runs nothing else.
+/// The answer to one request to the portal, which comes as a signal of an object of its own, in the
+/// thread's context.
 class Request {
  public:
   Request(GDBusConnection* bus, GCancellable* cancellable)
-      : bus_(bus), cancellable_(cancellable), token_(newToken()) {
-    const std::string path = ownPath(bus, "request", token_);
-    g_main_context_push_thread_default(context_.get());
-    subscription_ = g_dbus_connection_signal_subscribe(
-        bus, kPortal, "org.freedesktop.portal.Request", "Response", path.c_str(), nullptr,
-        G_DBUS_SIGNAL_FLAGS_NONE, heard, &answer_, nullptr);
-    g_main_context_pop_thread_default(context_.get());
+      : cancellable_(cancellable),
+        token_(newToken()),
+        signals_(bus_portal_request_proxy_new_sync(bus, kForSignals, kPortal,
+                                                   ownPath(bus, "request", token_).c_str(),
+                                                   cancellable, nullptr)) {
+    if (signals_) g_signal_connect(signals_.get(), "response", G_CALLBACK(heard), &answer_);
   }
-  ~Request() { g_dbus_connection_signal_unsubscribe(bus_, subscription_); }
   Request(const Request&) = delete;
 
-  /// Makes the call, whose last argument is `options`, and waits until it is answered or cancelled.
-  Answer make(const char* method, GVariantBuilder& arguments, GVariantBuilder& options) {
+  /// Makes the call, with these options and the request's own, and waits until it is answered or
+  /// cancelled.
+  template <class Call>
+  Answer make(const char* method, GVariantBuilder& options, Call call) {
     g_variant_builder_add(&options, "{sv}", "handle_token", g_variant_new_string(token_.c_str()));
-    g_variant_builder_add_value(&arguments, g_variant_builder_end(&options));
     GError* error = nullptr;
-    const GVariantPtr called(g_dbus_connection_call_sync(
-        bus_, kPortal, kPath, kShortcuts, method, g_variant_builder_end(&arguments), nullptr,
-        G_DBUS_CALL_FLAGS_NONE, G_MAXINT, cancellable_, &error));
+    const bool called = call(g_variant_builder_end(&options), &error);
     const GErrorPtr failure(error);
     if (!called) {
       answer_.error = std::string(method) + " failed: " + error->message;
       return std::move(answer_);
     }
+    GMainContext* context = g_main_context_get_thread_default();
     GSource* cancelled = g_cancellable_source_new(cancellable_);
     const auto wake = +[](GCancellable*, gpointer) -> gboolean { return G_SOURCE_CONTINUE; };
     g_source_set_callback(cancelled, G_SOURCE_FUNC(wake), nullptr, nullptr);
-    g_source_attach(cancelled, context_.get());
+    g_source_attach(cancelled, context);
     while (!answer_.response && !g_cancellable_is_cancelled(cancellable_)) {
-      g_main_context_iteration(context_.get(), TRUE);
+      g_main_context_iteration(context, TRUE);
     }
     g_source_destroy(cancelled);
     g_source_unref(cancelled);
@@ -89,21 +95,14 @@ class Request {
   }
 
  private:
-  static void heard(GDBusConnection*, const char*, const char*, const char*, const char*,
-                    GVariant* parameters, gpointer answer) {
-    if (!g_variant_is_of_type(parameters, G_VARIANT_TYPE("(ua{sv})"))) return;
-    guint32 response = 0;
-    GVariant* results = nullptr;
-    g_variant_get(parameters, "(u@a{sv})", &response, &results);
-    *static_cast<Answer*>(answer) = {response, GVariantPtr(results), {}};
+  static void heard(BusPortalRequest*, guint response, GVariant* results, Answer* answer) {
+    *answer = {response, GVariantPtr(g_variant_ref(results)), {}};
   }
 
-  GDBusConnection* bus_;
   GCancellable* cancellable_;
   std::string token_;
-  ContextPtr context_{g_main_context_new()};
-  guint subscription_ = 0;
   Answer answer_;
+  GObjectPtr<BusPortalRequest> signals_;
 };
 
 /// As the desktops write shortcuts; empty when this one cannot be written.
@@ -155,11 +154,13 @@ GVariantPtr listed(const Answer& answer, const std::string& shortcut) {
   return nullptr;
 }
 
-void closeSession(GDBusConnection* bus, const std::string& session, GCancellable* cancellable) {
-  const GVariantPtr closed(g_dbus_connection_call_sync(
-      bus, kPortal, session.c_str(), "org.freedesktop.portal.Session", "Close", nullptr, nullptr,
-      G_DBUS_CALL_FLAGS_NO_AUTO_START,
-      static_cast<int>(std::chrono::milliseconds(kPatience).count()), cancellable, nullptr));
+void closeSession(GDBusConnection* bus, const std::string& path, GCancellable* cancellable) {
+  const GObjectPtr<BusPortalSession> session(bus_portal_session_proxy_new_sync(
+      bus, kForCalls, kPortal, path.c_str(), cancellable, nullptr));
+  if (!session) return;
+  bus_portal_session_call_close_sync(session.get(), G_DBUS_CALL_FLAGS_NO_AUTO_START,
+                                     static_cast<int>(std::chrono::milliseconds(kPatience).count()),
+                                     cancellable, nullptr);
 }
 
 }  // namespace
@@ -181,6 +182,9 @@ class GlobalShortcutsPortal::Attempt {
       : bus_(bus),
         trigger_(std::move(trigger)),
         thread_([this, before = std::move(before), finished = std::move(finished)] {
+          // A context of its own, so that the wait for the portal runs nothing else.
+          const ContextPtr context(g_main_context_new());
+          const PusherPtr pushed(g_main_context_pusher_new(context.get()));
           if (!before.empty()) closeSession(bus_, before, cancellable_.get());
           promise_.set_value(run());
           finished();
@@ -197,20 +201,27 @@ class GlobalShortcutsPortal::Attempt {
 
  private:
   Outcome run() {
-    // Portals that know this call do not find out by themselves whose request it is; to the others
-    // it means nothing.
-    g_dbus_connection_call(bus_, kPortal, kPath, "org.freedesktop.host.portal.Registry", "Register",
-                           g_variant_new("(sa{sv})", "cn.kestrio.norvane", nullptr), nullptr,
-                           G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr, nullptr);
-    auto sessionArguments = builder("(a{sv})");
+    Outcome outcome;
+    GError* error = nullptr;
+    const GObjectPtr<BusGlobalShortcuts> portal(bus_global_shortcuts_proxy_new_sync(
+        bus_, kForCalls, kPortal, kPath, cancellable_.get(), &error));
+    if (const GErrorPtr failure(error); failure) {
+      outcome.message = failure->message;
+      return outcome;
+    }
+    introduce();
     auto sessionOptions = builder("a{sv}");
     g_variant_builder_add(&sessionOptions, "{sv}", "session_handle_token",
                           g_variant_new_string(kSessionToken));
     // KDE's portal takes them here; binding opens its settings.
     g_variant_builder_add(&sessionOptions, "{sv}", "shortcuts", shortcutsOf(trigger_));
     const Answer created =
-        Request(bus_, cancellable_.get()).make("CreateSession", sessionArguments, sessionOptions);
-    Outcome outcome;
+        Request(bus_, cancellable_.get())
+            .make("CreateSession", sessionOptions, [&](GVariant* options, GError** failure) {
+              return bus_global_shortcuts_call_create_session_sync(
+                  portal.get(), options, G_DBUS_CALL_FLAGS_NONE, G_MAXINT, nullptr,
+                  cancellable_.get(), failure);
+            });
     outcome.message = created.error;
     if (created.response != 0U) return outcome;
     const char* session = nullptr;
@@ -225,16 +236,30 @@ class GlobalShortcutsPortal::Attempt {
       return outcome;
     }
     outcome.hasAsked = true;
-    auto arguments = builder("(oa(sa{sv})sa{sv})");
-    g_variant_builder_add(&arguments, "o", session);
-    g_variant_builder_add_value(&arguments, shortcutsOf(trigger_));
-    g_variant_builder_add(&arguments, "s", "");  // no parent window
-    auto options = builder("a{sv}");
+    auto bindOptions = builder("a{sv}");
     const Answer bound =
-        Request(bus_, cancellable_.get()).make("BindShortcuts", arguments, options);
+        Request(bus_, cancellable_.get())
+            .make("BindShortcuts", bindOptions, [&](GVariant* options, GError** failure) {
+              constexpr const char* kNoParentWindow = "";
+              return bus_global_shortcuts_call_bind_shortcuts_sync(
+                  portal.get(), session, shortcutsOf(trigger_), kNoParentWindow, options,
+                  G_DBUS_CALL_FLAGS_NONE, G_MAXINT, nullptr, cancellable_.get(), failure);
+            });
     outcome.message = bound.error;
     if (bound.response == 0U) judge(outcome, listed(bound, trigger_).get());
     return outcome;
+  }
+
+  /// Portals that know this call do not find out by themselves whose request it is; to the others
+  /// it means nothing.
+  void introduce() {
+    const GObjectPtr<BusPortalRegistry> registry(bus_portal_registry_proxy_new_sync(
+        bus_, kForCalls, kPortal, kPath, cancellable_.get(), nullptr));
+    if (!registry) return;
+    auto none = builder("a{sv}");
+    bus_portal_registry_call_register(registry.get(), "cn.kestrio.norvane",
+                                      g_variant_builder_end(&none), G_DBUS_CALL_FLAGS_NONE, -1,
+                                      nullptr, nullptr, nullptr);
   }
 
   void judge(Outcome& outcome, GVariant* shortcut) const {
@@ -324,34 +349,27 @@ OSStatus GlobalShortcutsPortal::giveUp(OSStatus status) {
 }
 
 void GlobalShortcutsPortal::stopListening() {
-  for (const unsigned subscription : std::exchange(subscriptions_, {})) {
-    g_dbus_connection_signal_unsubscribe(bus_.get(), subscription);
-  }
+  activations_.reset();
+  closing_.reset();
 }
 
 void GlobalShortcutsPortal::listen() {
-  const auto activated = [](GDBusConnection*, const char*, const char*, const char*, const char*,
-                            GVariant* parameters, gpointer data) {
-    auto* self = static_cast<GlobalShortcutsPortal*>(data);
-    if (!g_variant_is_of_type(parameters, G_VARIANT_TYPE("(osta{sv})"))) return;
-    const char* session = nullptr;
-    g_variant_get_child(parameters, 0, "&o", &session);
+  const auto activated = +[](BusGlobalShortcuts*, const char* session, const char* /*shortcut*/,
+                             guint64 /*time*/, GVariant* /*options*/, GlobalShortcutsPortal* self) {
     if (session != self->session_) return;
     self->pressed_();
     self->handler_.post(self->id_);
   };
-  const auto closed = [](GDBusConnection*, const char*, const char*, const char*, const char*,
-                         GVariant*, gpointer data) {
+  const auto closed = +[](BusPortalSession*, GlobalShortcutsPortal* self) {
     NSLog("[Norvane] the desktop took the global hotkey away");
-    static_cast<GlobalShortcutsPortal*>(data)->session_.clear();
+    self->session_.clear();
   };
-  subscriptions_ = {
-      g_dbus_connection_signal_subscribe(bus_.get(), kPortal, kShortcuts, "Activated", kPath,
-                                         nullptr, G_DBUS_SIGNAL_FLAGS_NONE, activated, this,
-                                         nullptr),
-      g_dbus_connection_signal_subscribe(bus_.get(), kPortal, "org.freedesktop.portal.Session",
-                                         "Closed", session_.c_str(), nullptr,
-                                         G_DBUS_SIGNAL_FLAGS_NONE, closed, this, nullptr)};
+  activations_.reset(bus_global_shortcuts_proxy_new_sync(bus_.get(), kForSignals, kPortal, kPath,
+                                                         nullptr, nullptr));
+  closing_.reset(bus_portal_session_proxy_new_sync(bus_.get(), kForSignals, kPortal,
+                                                   session_.c_str(), nullptr, nullptr));
+  if (activations_) g_signal_connect(activations_.get(), "activated", G_CALLBACK(activated), this);
+  if (closing_) g_signal_connect(closing_.get(), "closed", G_CALLBACK(closed), this);
 }
 
 OSStatus GlobalShortcutsPortal::UnregisterEventHotKey(EventHotKeyRef /*hotKeyRef*/) {

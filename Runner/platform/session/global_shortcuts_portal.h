@@ -4,12 +4,14 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include <gio/gio.h>
 
 #include "platform/linux/glib_handles.h"
 #include "platform/session/hotkey_handler.h"
+
+struct _BusGlobalShortcuts;
+struct _BusPortalSession;
 
 namespace norvane {
 
@@ -55,7 +57,9 @@ class GlobalShortcutsPortal : public CarbonEventManager {
   std::function<void()> answered_;
   HotkeyHandler handler_;
   GObjectPtr<GDBusConnection> bus_;
-  std::vector<unsigned> subscriptions_;
+  // What the portal says while there is a session
+  GObjectPtr<_BusGlobalShortcuts> activations_;
+  GObjectPtr<_BusPortalSession> closing_;
   std::string session_;  ///< the portal's path of it; empty without one
   EventHotKeyID id_;
   bool isHeld_ = false;

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <utility>
 
+#include <bus_interfaces.h>
 #include <gdk-pixbuf/gdk-pixbuf.h>
 #include <gio/gio.h>
 #include <libdbusmenu-glib/dbusmenu-glib.h>
@@ -13,37 +14,11 @@
 namespace norvane {
 namespace {
 
-constexpr const char* kWatcher = "org.kde.StatusNotifierWatcher";
 constexpr const char* kItem = "org.kde.StatusNotifierItem";
 constexpr const char* kItemPath = "/StatusNotifierItem";
 constexpr const char* kMenuPath = "/StatusNotifierItem/Menu";
-constexpr const char* kIntrospection = R"xml(<node><interface name="org.kde.StatusNotifierItem">
-  <property name="Category" type="s" access="read"/>
-  <property name="Id" type="s" access="read"/>
-  <property name="Title" type="s" access="read"/>
-  <property name="Status" type="s" access="read"/>
-  <property name="IconName" type="s" access="read"/>
-  <property name="IconThemePath" type="s" access="read"/>
-  <property name="IconPixmap" type="a(iiay)" access="read"/>
-  <property name="ToolTip" type="(sa(iiay)ss)" access="read"/>
-  <property name="ItemIsMenu" type="b" access="read"/>
-  <property name="Menu" type="o" access="read"/>
-  <method name="Activate"><arg type="i" direction="in"/><arg type="i" direction="in"/></method>
-  <method name="SecondaryActivate"><arg type="i" direction="in"/><arg type="i" direction="in"/></method>
-  <method name="ContextMenu"><arg type="i" direction="in"/><arg type="i" direction="in"/></method>
-  <method name="Scroll"><arg type="i" direction="in"/><arg type="s" direction="in"/></method>
-  <method name="ProvideXdgActivationToken"><arg type="s" direction="in"/></method>
-  <signal name="NewTitle"/>
-  <signal name="NewIcon"/>
-  <signal name="NewToolTip"/>
-</interface></node>)xml";
 // Panels choose the nearest: for usual panels, and for those of twice the density.
 constexpr int kIconSides[] = {22, 44};
-
-GDBusInterfaceInfo* interfaceInfo() {
-  static GDBusNodeInfo* const node = g_dbus_node_info_new_for_xml(kIntrospection, nullptr);
-  return node->interfaces[0];
-}
 
 /// Alpha, red, green, blue, in this order, whatever the processor's.
 void addPixmap(GVariantBuilder& pixmaps, GdkPixbuf* pixels) {
@@ -97,32 +72,42 @@ GVariant* text(const std::string& value) { return g_variant_new_string(value.c_s
 struct StatusNotifierItem::Bus {
   static StatusNotifierItem& item(gpointer self) { return *static_cast<StatusNotifierItem*>(self); }
 
+  /// Whether the call was cancelled because the item is.
+  static bool isGone(const GError* failure) {
+    return g_error_matches(failure, G_IO_ERROR, G_IO_ERROR_CANCELLED);
+  }
   static void acquired(GDBusConnection* connection, const char* /*name*/, gpointer self) {
     item(self).serve(connection);
   }
   static void nameAcquired(GDBusConnection* connection, const char* /*name*/, gpointer self) {
-    item(self).watchedName_ =
-        g_bus_watch_name_on_connection(connection, kWatcher, G_BUS_NAME_WATCHER_FLAGS_NONE,
-                                       watcherAppeared, watcherVanished, self, nullptr);
+    constexpr auto kForCalls = static_cast<GDBusProxyFlags>(
+        G_DBUS_PROXY_FLAGS_DO_NOT_LOAD_PROPERTIES | G_DBUS_PROXY_FLAGS_DO_NOT_CONNECT_SIGNALS |
+        G_DBUS_PROXY_FLAGS_DO_NOT_AUTO_START);
+    bus_notifier_watcher_proxy_new(connection, kForCalls, "org.kde.StatusNotifierWatcher",
+                                   "/StatusNotifierWatcher", item(self).cancellable_.get(),
+                                   watcherKnown, self);
   }
   static void nameLost(GDBusConnection* /*connection*/, const char* /*name*/, gpointer self) {
     item(self).shownChanged_(false);
   }
-  static void watcherAppeared(GDBusConnection* /*connection*/, const char* /*name*/,
-                              const char* /*owner*/, gpointer self) {
+  static void watcherKnown(GObject*, GAsyncResult* result, gpointer self) {
+    GError* failure = nullptr;
+    GObjectPtr<BusNotifierWatcher> watcher(bus_notifier_watcher_proxy_new_finish(result, &failure));
+    const GErrorPtr error(failure);
+    if (isGone(failure)) return;
+    if (!watcher) return item(self).shownChanged_(false);
+    const auto changed =
+        +[](GObject*, GParamSpec*, StatusNotifierItem* changedItem) { changedItem->announce(); };
+    g_signal_connect(watcher.get(), "notify::g-name-owner", G_CALLBACK(changed), self);
+    item(self).watcher_ = std::move(watcher);
     item(self).announce();
   }
-  static void watcherVanished(GDBusConnection* /*connection*/, const char* /*name*/,
-                              gpointer self) {
-    item(self).shownChanged_(false);
-  }
-  static void announced(GObject* connection, GAsyncResult* result, gpointer self) {
+  static void announced(GObject* watcher, GAsyncResult* result, gpointer self) {
     GError* failure = nullptr;
-    const GVariantPtr answer(
-        g_dbus_connection_call_finish(G_DBUS_CONNECTION(connection), result, &failure));
+    bus_notifier_watcher_call_register_status_notifier_item_finish(BUS_NOTIFIER_WATCHER(watcher),
+                                                                   result, &failure);
     const GErrorPtr error(failure);
-    // Cancelled: the item is gone.
-    if (g_error_matches(failure, G_IO_ERROR, G_IO_ERROR_CANCELLED)) return;
+    if (isGone(failure)) return;
     if (failure) {
       NSLog("[Norvane] the status bar does not take the item: " + std::string(failure->message));
     }
@@ -155,7 +140,8 @@ StatusNotifierItem::StatusNotifierItem(const StatusItemContent& content,
 
 StatusNotifierItem::~StatusNotifierItem() {
   g_cancellable_cancel(cancellable_.get());
-  if (watchedName_ != 0) g_bus_unwatch_name(watchedName_);
+  // A cancelled call keeps it for a while.
+  if (watcher_) g_signal_handlers_disconnect_by_data(watcher_.get(), this);
   if (object_ != 0) g_dbus_connection_unregister_object(connection_.get(), object_);
   g_bus_unown_name(ownedName_);
 }
@@ -163,16 +149,19 @@ StatusNotifierItem::~StatusNotifierItem() {
 void StatusNotifierItem::serve(_GDBusConnection* connection) {
   static constexpr GDBusInterfaceVTable kCallbacks{Bus::methodCalled, Bus::property, nullptr, {}};
   connection_.reset(G_DBUS_CONNECTION(g_object_ref(connection)));
-  object_ = g_dbus_connection_register_object(connection, kItemPath, interfaceInfo(), &kCallbacks,
-                                              this, nullptr, nullptr);
+  object_ =
+      g_dbus_connection_register_object(connection, kItemPath, bus_notifier_item_interface_info(),
+                                        &kCallbacks, this, nullptr, nullptr);
   menu_.reset(serveMenu(content_.menu));
 }
 
 void StatusNotifierItem::announce() {
-  g_dbus_connection_call(connection_.get(), kWatcher, "/StatusNotifierWatcher", kWatcher,
-                         "RegisterStatusNotifierItem", g_variant_new("(s)", busName_.c_str()),
-                         nullptr, G_DBUS_CALL_FLAGS_NONE, -1, cancellable_.get(), Bus::announced,
-                         this);
+  if (!GTextPtr(g_dbus_proxy_get_name_owner(G_DBUS_PROXY(watcher_.get())))) {
+    return shownChanged_(false);
+  }
+  bus_notifier_watcher_call_register_status_notifier_item(watcher_.get(), busName_.c_str(),
+                                                          G_DBUS_CALL_FLAGS_NONE, -1,
+                                                          cancellable_.get(), Bus::announced, this);
 }
 
 GVariant* StatusNotifierItem::property(const std::string& name) const {

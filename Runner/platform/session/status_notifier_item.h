@@ -6,6 +6,7 @@
 #include "platform/linux/glib_handles.h"
 #include "platform/session/status_item_content.h"
 
+struct _BusNotifierWatcher;
 struct _DbusmenuServer;
 struct _GCancellable;
 struct _GDBusConnection;
@@ -46,9 +47,9 @@ class StatusNotifierItem {
   GObjectPtr<_GCancellable> cancellable_;
   GObjectPtr<_GDBusConnection> connection_;  // null until it is there
   GObjectPtr<_DbusmenuServer> menu_;         // as well
+  GObjectPtr<_BusNotifierWatcher> watcher_;  // as well
   unsigned ownedName_ = 0;
   unsigned object_ = 0;
-  unsigned watchedName_ = 0;
 };
 
 }  // namespace norvane

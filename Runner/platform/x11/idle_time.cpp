@@ -6,6 +6,7 @@
 
 #include <X11/extensions/XInput2.h>
 #include <X11/extensions/scrnsaver.h>
+#include <bus_interfaces.h>
 #include <gdk/gdkx.h>
 
 #include "platform/log.h"
@@ -30,6 +31,35 @@ std::optional<double> idleOfServer() {
   return static_cast<double>(info.idle) / 1000;
 }
 
+constexpr const char* kIdleMonitor = "org.gnome.Mutter.IdleMonitor";
+constexpr const char* kScreenSaver = "org.freedesktop.ScreenSaver";
+constexpr int kPatience = 250;  // milliseconds
+constexpr auto kForCalls = static_cast<GDBusProxyFlags>(
+    G_DBUS_PROXY_FLAGS_DO_NOT_LOAD_PROPERTIES | G_DBUS_PROXY_FLAGS_DO_NOT_CONNECT_SIGNALS |
+    G_DBUS_PROXY_FLAGS_DO_NOT_AUTO_START_AT_CONSTRUCTION);
+
+double askIdleMonitor(GDBusConnection* bus, GError** error) {
+  const GObjectPtr<BusIdleMonitor> monitor(bus_idle_monitor_proxy_new_sync(
+      bus, kForCalls, kIdleMonitor, "/org/gnome/Mutter/IdleMonitor/Core", nullptr, error));
+  guint64 milliseconds = 0;
+  if (monitor) {
+    bus_idle_monitor_call_get_idletime_sync(monitor.get(), G_DBUS_CALL_FLAGS_NO_AUTO_START,
+                                            kPatience, &milliseconds, nullptr, error);
+  }
+  return static_cast<double>(milliseconds) / 1000;
+}
+
+double askScreenSaver(GDBusConnection* bus, GError** error) {
+  const GObjectPtr<BusScreenSaver> saver(bus_screen_saver_proxy_new_sync(
+      bus, kForCalls, kScreenSaver, "/org/freedesktop/ScreenSaver", nullptr, error));
+  guint seconds = 0;
+  if (saver) {
+    bus_screen_saver_call_get_session_idle_time_sync(saver.get(), G_DBUS_CALL_FLAGS_NO_AUTO_START,
+                                                     kPatience, &seconds, nullptr, error);
+  }
+  return seconds;
+}
+
 bool isInput(const XEvent& event) {
   if (event.type == KeyPress) return true;  // a grabbed key
   const int type = inputEventType(event);
@@ -38,46 +68,33 @@ bool isInput(const XEvent& event) {
 
 }  // namespace
 
-/// A method on the session bus that tells the idle time.
+/// A service on the session bus that tells the idle time.
 class IdleTime::BusSource {
  public:
-  BusSource(const char* name, const char* path, const char* method, double unitsASecond)
-      : name_(name), path_(path), method_(method), unitsASecond_(unitsASecond) {}
+  /// Seconds, unless there is an error.
+  using Question = double(GDBusConnection* bus, GError** error);
+
+  BusSource(const char* name, Question* question) : name_(name), question_(question) {}
 
   std::optional<double> ask() {
-    constexpr int kPatience = 250;  // milliseconds
     if (!bus_) bus_ = sessionBus();
     if (hangs_ || !bus_) return std::nullopt;
     GError* error = nullptr;
-    const GVariantPtr reply(
-        g_dbus_connection_call_sync(bus_.get(), name_, path_, name_, method_, nullptr, nullptr,
-                                    G_DBUS_CALL_FLAGS_NO_AUTO_START, kPatience, nullptr, &error));
-    const GErrorPtr failure(error);
-    if (!reply) {
+    const double seconds = question_(bus_.get(), &error);
+    if (const GErrorPtr failure(error); failure) {
       hangs_ = g_error_matches(error, G_IO_ERROR, G_IO_ERROR_TIMED_OUT);
       if (hangs_) NSLog(std::string("[Norvane] not asked for the idle time again: ") + name_);
       return std::nullopt;
     }
-    guint64 units = 0;
-    if (g_variant_is_of_type(reply.get(), G_VARIANT_TYPE("(t)"))) {
-      g_variant_get(reply.get(), "(t)", &units);
-    } else if (g_variant_is_of_type(reply.get(), G_VARIANT_TYPE("(u)"))) {
-      guint32 narrow = 0;
-      g_variant_get(reply.get(), "(u)", &narrow);
-      units = narrow;
-    }
     // Desktops that cannot tell say 0 at all times.
-    counts_ = counts_ || units > 0;
-    if (!counts_) return std::nullopt;
-    return static_cast<double>(units) / unitsASecond_;
+    counts_ = counts_ || seconds > 0;
+    return counts_ ? std::optional(seconds) : std::nullopt;
   }
 
  private:
   GObjectPtr<GDBusConnection> bus_;
   const char* name_;
-  const char* path_;
-  const char* method_;
-  double unitsASecond_;
+  Question* question_;
   bool counts_ = false;
   bool hangs_ = false;
 };
@@ -87,12 +104,8 @@ IdleTime::IdleTime()
         if (isInput(event)) lastSeen_ = Clock::now();
         return false;
       }),
-      idleMonitor_(std::make_unique<BusSource>("org.gnome.Mutter.IdleMonitor",
-                                               "/org/gnome/Mutter/IdleMonitor/Core", "GetIdletime",
-                                               1000)),
-      screenSaver_(std::make_unique<BusSource>(
-          "org.freedesktop.ScreenSaver", "/org/freedesktop/ScreenSaver", "GetSessionIdleTime", 1)) {
-}
+      idleMonitor_(std::make_unique<BusSource>(kIdleMonitor, askIdleMonitor)),
+      screenSaver_(std::make_unique<BusSource>(kScreenSaver, askScreenSaver)) {}
 
 IdleTime::~IdleTime() = default;
 
