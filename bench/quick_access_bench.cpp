@@ -44,7 +44,7 @@ class LaunchedHost {
     directory_ = ::mkdtemp(name.data());
     Profile profile;
     profile.applications.front().icon = withIcon;
-    host_.emplace(std::move(profile), directory_, dispatch, log_, [] {});
+    host_.emplace(std::move(profile), directory_, dispatch, [] {});
     host_->ui.setObserver(&ui);
     host_->desktop.launch(mainInterface());
     dispatch.settle();
@@ -61,13 +61,14 @@ class LaunchedHost {
   void becomeReady() {
     host_->ui.send("main", "norvane/deeplink", encodeMethodCall("flutterReady", {}), [](Bytes) {});
   }
-  HeadlessDesktop& desktop() { return host_->desktop; }
+  NSApplication& application() { return host_->application; }
 
   VirtualDispatch dispatch;
   CountingUi ui;
 
  private:
   NoLog log_;
+  const ScopedLog installedLog_{log_};
   std::string directory_;
   std::optional<HeadlessPlatform> host_;
 };
@@ -126,7 +127,7 @@ void LinkToUrlOpened(benchmark::State& state) {
   host.becomeReady();
   const std::string link(static_cast<std::size_t>(state.range(0)), 'a');
   measure(
-      state, host, [] {}, [&] { host.desktop().openURL(link); });
+      state, host, [] {}, [&] { host.application().openURL(link); });
   state.SetBytesProcessed(state.iterations() * state.range(0));
 }
 BENCHMARK(LinkToUrlOpened)->Arg(32)->Arg(4 << 20);

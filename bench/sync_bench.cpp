@@ -169,7 +169,7 @@ class Host {
       : snapshot_(directory +
                   "/Group Containers/group.cn.kestrio.norvane/Library/Application Support/"
                   "snapshot.enc"),
-        platform_({}, directory, dispatch_, log_, [] {}),
+        platform_({}, directory, dispatch_, [] {}),
         engine_("main"),
         bridge_(AutoFillBridge::make(engine_.binaryMessenger())) {
     engine_.runWithEntrypoint("main");
@@ -220,6 +220,7 @@ class Host {
 
   std::string snapshot_;
   StderrLog log_;
+  const ScopedLog installedLog_{log_};
   GlibDispatch dispatch_;
   HeadlessPlatform platform_;
   FlutterEngine engine_;

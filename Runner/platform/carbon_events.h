@@ -47,28 +47,39 @@ struct EventHotKeyID {
 using EventHotKeyRef = std::uintptr_t;
 using EventHandlerRef = std::uintptr_t;
 
+/// An event, for as long as its handler runs.
 class CarbonEvent {
  public:
   virtual ~CarbonEvent() = default;
+  /// Sets `value` and answers noErr, for kEventParamDirectObject as typeEventHotKeyID;
+  /// eventParameterNotFoundErr for anything else, and `value` stays.
   virtual OSStatus GetEventParameter(std::uint32_t name, std::uint32_t type,
                                      EventHotKeyID& value) const = 0;
 };
 
-/// System-wide hotkeys. Main thread. Every status is true when its call returns.
+/// System-wide hotkeys. Main thread. Every status is true when its call returns; what fails leaves
+/// its reference as it was.
 class CarbonEventManager {
  public:
-  /// Called on the main thread for each event.
+  /// Called for each press in a turn of its own, never inside a call of this class. A key that is
+  /// held down is pressed once. What it answers changes nothing.
   using Handler = std::function<OSStatus(const CarbonEvent& event)>;
 
   virtual ~CarbonEventManager() = default;
 
-  /// Sets `handlerRef` on success.
+  /// Takes over `handler`, in place of the one before; it stays as long as this object. paramErr
+  /// for a `type` that is not kEventHotKeyPressed of the keyboard, where a desktop looks at it.
   virtual OSStatus InstallEventHandler(Handler handler, const EventTypeSpec& type,
                                        std::optional<EventHandlerRef>& handlerRef) = 0;
-  /// 0, and `hotKeyRef` is set, when the application now holds the combination.
+  /// noErr, and `hotKeyRef` is set, when the application now holds the combination; a desktop may
+  /// have room for one. eventHotKeyExistsErr when it is taken, by this application too; paramErr
+  /// for keys that cannot be had; any other when the desktop gives none. One that it gives later is
+  /// heard of all the same. May wait for the desktop, two seconds at most.
   virtual OSStatus RegisterEventHotKey(std::uint32_t keyCode, std::uint32_t modifiers,
                                        const EventHotKeyID& id,
                                        std::optional<EventHotKeyRef>& hotKeyRef) = 0;
+  /// Gives the combination back to others; a press that has happened may still be told.
+  /// eventHotKeyInvalidErr the second time, or when it was never held.
   virtual OSStatus UnregisterEventHotKey(EventHotKeyRef hotKeyRef) = 0;
 };
 

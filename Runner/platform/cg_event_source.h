@@ -18,7 +18,10 @@ inline constexpr CGEventType kCGEventOtherMouseDown = 25;
 class CGEventSource {
  public:
   virtual ~CGEventSource() = default;
-  /// Seconds since the last event of that type.
+  /// Seconds since the last event of that type, never negative; a desktop that cannot tell types
+  /// apart has one answer for all. What the desktop does not know is counted from the application's
+  /// own last input or its start: rather too long than too short. May wait a moment for the
+  /// desktop.
   virtual double secondsSinceLastEventType(CGEventType type) const = 0;
 };
 

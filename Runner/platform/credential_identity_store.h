@@ -38,22 +38,26 @@ struct ASCredentialIdentityStoreState {
 
 /// The identities of this application that the system's AutoFill knows. Any thread. Each call
 /// returns without waiting and calls its completion once, later, on a thread of the store's
-/// choosing.
+/// choosing; they take place in their order. A quit lets completions go uncalled. A change happens
+/// whole or not at all.
 class ASCredentialIdentityStore {
  public:
   using StateCompletion = UniqueFunction<void(ASCredentialIdentityStoreState state)>;
-  /// `error` is the store's localized description of what failed, in UTF-8.
+  /// `error` is the store's localized description of what failed, in UTF-8; a refusal may come
+  /// without one.
   using Completion = UniqueFunction<void(bool success, std::optional<std::string> error)>;
 
   virtual ~ASCredentialIdentityStore() = default;
 
+  /// The state as it is when the calls before have taken place.
   virtual void getCredentialIdentityStoreState(StateCompletion completion) = 0;
-  /// The password identities become `identities` and no others.
+  /// The password identities become `identities` and no others; passkeys stay. None is fine.
   virtual void replaceCredentialIdentities(std::vector<ASPasswordCredentialIdentity> identities,
                                            Completion completion) = 0;
-  /// Adds to those that are registered.
+  /// Adds to those that are registered, and takes the place of none.
   virtual void saveCredentialIdentityEntries(std::vector<ASPasskeyCredentialIdentity> identities,
                                              Completion completion) = 0;
+  /// Passwords and passkeys; that there are none is success.
   virtual void removeAllCredentialIdentities(Completion completion) = 0;
 };
 

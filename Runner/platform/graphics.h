@@ -10,14 +10,14 @@
 
 namespace norvane {
 
-/// A picture of the platform's. Main thread.
+/// A picture of the platform's; of what was set, the last counts. Main thread.
 class NSImage {
  public:
   virtual ~NSImage() = default;
 
   /// A template is drawn in the colour of its surroundings.
   virtual void setTemplate(bool isTemplate) = 0;
-  /// In points.
+  /// In points, for those who leave it the choice; a bitmap takes the picture whole.
   virtual void setSize(const NSSize& size) = 0;
 };
 
@@ -26,13 +26,14 @@ class NSBitmapImageRep {
  public:
   virtual ~NSBitmapImageRep() = default;
 
-  /// Draws the whole of `image` over the bitmap, into the whole of it. False when that fails.
+  /// Draws the whole of `image`, of the same Graphics, over what is there, into the whole bitmap.
+  /// False when that fails or the image cannot be had; the bitmap is then as it was.
   virtual bool draw(const NSImage& image) = 0;
-  /// The bitmap as a PNG file; nothing when that fails.
+  /// The bitmap as it is now, as a PNG file; nothing when that fails.
   virtual std::optional<std::vector<std::uint8_t>> pngRepresentation() = 0;
 };
 
-/// Where images come from. Main thread.
+/// Where images come from, a new one at each call. Main thread.
 class Graphics {
  public:
   virtual ~Graphics() = default;

@@ -34,18 +34,23 @@ struct KeychainAttributes {
   std::string accessible;                   ///< kSecAttrAccessible
 };
 
-/// The keychain. Any thread; each call is complete when it returns, and says what has happened.
+/// The keychain. Any thread; each call is complete when it returns, and says what has happened. It
+/// may wait for other processes, for a few seconds at most, but never for the person. Texts are
+/// UTF-8: errSecIO for others, as for what cannot be read or written. `valueData` is copied.
 class Keychain {
  public:
   virtual ~Keychain() = default;
 
-  /// errSecItemNotFound when no item matches.
+  /// Gives every item that matches the attributes; its group stays. errSecItemNotFound when none
+  /// does. After another failure some of several may have them.
   virtual OSStatus SecItemUpdate(const KeychainQuery& query,
                                  const KeychainAttributes& attributes) = 0;
-  /// errSecDuplicateItem when there is one already.
+  /// Adds an item; of two calls at once one succeeds. errSecDuplicateItem when `item`, as a query,
+  /// names one already, whose value stays.
   virtual OSStatus SecItemAdd(const KeychainQuery& item, const KeychainAttributes& attributes,
                               bool synchronizable) = 0;
-  /// Deletes every item that matches; errSecItemNotFound when none does.
+  /// Deletes every item that matches; errSecItemNotFound when none does. After another failure
+  /// some of several may be gone.
   virtual OSStatus SecItemDelete(const KeychainQuery& query) = 0;
 };
 

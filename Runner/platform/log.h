@@ -9,9 +9,23 @@ class Log {
  public:
   virtual ~Log() = default;
 
-  /// Writes one record. `text` may hold anything, line breaks included: the sink escapes control
-  /// characters, so that a record stays one line.
+  /// Writes one record before it returns. `text` may hold anything, line breaks included: the sink
+  /// escapes control characters, so that a record stays one line. One that cannot be written is
+  /// lost without a word.
   virtual void write(std::string_view text) = 0;
+};
+
+/// Installs where NSLog writes for the life of this object, then the one before it again. `main`
+/// makes one before anything else; a test makes its own.
+class ScopedLog {
+ public:
+  explicit ScopedLog(Log& log);
+  ~ScopedLog();
+  ScopedLog(const ScopedLog&) = delete;
+  ScopedLog& operator=(const ScopedLog&) = delete;
+
+ private:
+  Log* previous_;
 };
 
 /// Logs one record; by convention it begins "[Norvane] ". Never pass it anything of a vault's item.

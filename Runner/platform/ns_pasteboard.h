@@ -26,8 +26,12 @@ class NSPasteboardItem {
 class NSPasteboard {
  public:
   virtual ~NSPasteboard() = default;
+  /// Takes off what this application has put there, and wipes it. What another has put there may
+  /// stay until something is written.
   virtual void clearContents() = 0;
-  /// False when it could not be written.
+  /// Puts `items`, one at least, on the cleared pasteboard, where whoever pastes finds them for as
+  /// long as this application runs. A pasteboard with room for one takes of each type the first
+  /// item's. False when it could not be written.
   virtual bool writeObjects(std::vector<NSPasteboardItem> items) = 0;
 };
 

@@ -18,10 +18,12 @@ class NSProcessInfo {
  public:
   virtual ~NSProcessInfo() = default;
 
-  /// The value of an environment variable; empty text when it is set to nothing.
+  /// The value of an environment variable, in the system's encoding; empty text when it is set to
+  /// nothing.
   virtual std::optional<std::string> environment(const std::string& name) const = 0;
 
-  /// The version of the home system whose features this desktop offers.
+  /// The version of the home system whose features this desktop offers. A simulated one may
+  /// change it: ask at each use.
   virtual NSOperatingSystemVersion operatingSystemVersion() const = 0;
 
   bool isOperatingSystemAtLeastVersion(NSOperatingSystemVersion version) const {

@@ -17,7 +17,8 @@ class NSWindow;
 class NSWindowDelegate {
  public:
   virtual ~NSWindowDelegate() = default;
-  /// The window is no longer the one that the keyboard speaks to.
+  /// The window is no longer the one that the keyboard speaks to. In a turn of its own, and not
+  /// when the window has the keyboard again by then.
   virtual void windowDidResignKey(NSWindow& window) = 0;
   /// The window is about to be closed, by the person or the host; it is still on screen.
   virtual void windowWillClose(NSWindow& /*window*/) {}
@@ -32,10 +33,13 @@ class NSWindow : public std::enable_shared_from_this<NSWindow> {
   NSWindow(const NSWindow&) = delete;
   NSWindow& operator=(const NSWindow&) = delete;
 
+  /// Of the object, for whoever looks from outside.
   virtual std::string className() const { return "NSWindow"; }
 
-  /// Whether the window may be the one that the keyboard speaks to, and the application's main one.
+  /// Whether the window may be the one that the keyboard speaks to; the same at each call.
   virtual bool canBecomeKeyWindow() const { return true; }
+  /// Whether it is one that a person means by the application's window; a panel is not. The same
+  /// at each call.
   virtual bool canBecomeMainWindow() const { return true; }
 
   /// Called once, when the main interface file that made the window is loaded.

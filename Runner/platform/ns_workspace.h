@@ -9,8 +9,7 @@
 
 namespace norvane {
 
-/// An application that runs; in UTF-8; what the system does not know of it is
-/// absent.
+/// An application that runs, in UTF-8; what the system does not know of it is absent.
 struct NSRunningApplication {
   std::optional<std::string> bundleIdentifier;
   std::optional<std::string> localizedName;
@@ -22,8 +21,11 @@ class NSWorkspace {
  public:
   virtual ~NSWorkspace() = default;
 
+  /// Each application that has windows, or that the host asks for by its identifier, once, this one
+  /// included; in no order that means anything. As it is at the call.
   virtual std::vector<NSRunningApplication> runningApplications() const = 0;
-  /// The one in front, this one included; nothing when none is.
+  /// The one in front, this one included; nothing when none is. A panel of this one's does not
+  /// count: what lies below it is in front.
   virtual std::optional<NSRunningApplication> frontmostApplication() const = 0;
 };
 

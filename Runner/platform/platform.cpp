@@ -1,6 +1,5 @@
 #include "platform/platform.h"
 
-#include <cstdlib>
 #include <stdexcept>
 #include <string>
 
@@ -28,15 +27,6 @@ ScopedPlatform::~ScopedPlatform() { installed = previous_; }
 void requireMainThread(const char* operation) {
   if (platform().dispatch.isMainThread()) return;
   fatalError(std::string(operation) + " off the main thread", "Dispatch");
-}
-
-void NSLog(std::string_view text) { platform().log.write(text); }
-
-void reportFault(std::string_view text) { NSLog("[Norvane] fault: " + std::string(text)); }
-
-void fatalError(std::string_view message, std::string_view source) {
-  NSLog(std::string(source) + ": Fatal error: " + std::string(message));
-  std::abort();
 }
 
 }  // namespace norvane

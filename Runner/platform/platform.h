@@ -11,7 +11,6 @@ class DynamicLoader;
 class FlutterEmbedder;
 class KeyboardInput;
 class Keychain;
-class Log;
 class NSApplication;
 class NSBundle;
 class NSFileManager;
@@ -41,7 +40,6 @@ struct Platform {
   Graphics& graphics;
   KeyboardInput& keyboardInput;
   Keychain& keychain;
-  Log& log;
   NSBundle& mainBundle;
   NSPasteboard& pasteboard;
   NSProcessInfo& processInfo;
@@ -52,6 +50,35 @@ struct Platform {
   WindowServer& windowServer;
   NSWorkspace& workspace;
 };
+
+/// The platform that a desktop's services are: its members have the names that stand here.
+template <class Services>
+Platform platformOf(Services& services) {
+  return {
+      .application = services.application,
+      .appService = services.appService,
+      .carbonEvents = services.hotkeys,
+      .credentialIdentityStore = services.credentialStore,
+      .crypto = services.crypto,
+      .dispatch = services.dispatch,
+      .dynamicLoader = services.loader,
+      .eventSource = services.eventSource,
+      .fileManager = services.fileManager,
+      .flutter = services.ui,
+      .graphics = services.graphics,
+      .keyboardInput = services.keyboard,
+      .keychain = services.keychain,
+      .mainBundle = services.bundle,
+      .pasteboard = services.pasteboard,
+      .processInfo = services.desktop,
+      .screens = services.desktop,
+      .statusBar = services.statusBar,
+      .updater = services.updater,
+      .userDefaults = services.userDefaults,
+      .windowServer = services.desktop,
+      .workspace = services.workspace,
+  };
+}
 
 /// The platform of this process; std::logic_error when none is installed.
 const Platform& platform();

@@ -11,7 +11,8 @@ class Screens {
  public:
   virtual ~Screens() = default;
 
-  /// The main screen without menu bar and dock; nothing when no screen is attached.
+  /// The main screen without menu bar and dock, in points, as it is at the call; nothing when no
+  /// screen is attached.
   virtual std::optional<NSRect> mainScreenVisibleFrame() const = 0;
 };
 

@@ -23,10 +23,13 @@ class SMAppService {
  public:
   virtual ~SMAppService() = default;
 
-  /// `notFound` also where it cannot be read.
+  /// As it is at the call: the person may change it at any time. `notFound` also where it cannot be
+  /// read.
   virtual SMAppServiceStatus status() const = 0;
-  // Nothing on success.
+  /// The application starts with the session from now on, also where the person had switched that
+  /// off; again is success. Nothing on success.
   virtual std::optional<ServiceError> registerService() = 0;
+  /// Takes it back; what was not registered is success. Nothing on success.
   virtual std::optional<ServiceError> unregisterService() = 0;
 };
 

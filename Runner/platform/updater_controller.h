@@ -8,13 +8,17 @@ namespace norvane {
 class SPUStandardUpdaterController {
  public:
   virtual ~SPUStandardUpdaterController() = default;
+  /// Looks once and shows the person what comes of it, a failure too. Returns at once. While a look
+  /// is under way nothing more need come of it.
   virtual void checkForUpdates() = 0;
 };
 
+/// Where updater controllers come from. Main thread.
 class UpdaterFramework {
  public:
   virtual ~UpdaterFramework() = default;
-  /// A controller without delegates; with `startingUpdater` its updater runs at once.
+  /// A controller without delegates, never null; it must not outlive this. With `startingUpdater`
+  /// its updater may look from time to time by itself.
   virtual std::unique_ptr<SPUStandardUpdaterController> makeUpdaterController(
       bool startingUpdater) = 0;
 };

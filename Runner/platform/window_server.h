@@ -39,7 +39,7 @@ struct WindowAppearance {
   bool movableByWindowBackground = false;
 };
 
-/// One window as the desktop has it; owned by its `NSWindow`, which outlives no call. Main thread.
+/// One window as the desktop has it; owned by its `NSWindow`, and gone with it. Main thread.
 /// No call fails, and each may be made again: what holds already stays. No call tells the
 /// `NSWindow` anything before it returns: what the desktop does (focus, frame, a person's close)
 /// comes in a later turn. Sizes and frames are in points, with the decoration.
@@ -84,11 +84,15 @@ class WindowServer {
  public:
   virtual ~WindowServer() = default;
 
-  /// A window that is not on screen yet.
+  /// A window that is not on screen yet, with `contentRect` for its frame; never null, and gone
+  /// before the desktop. `window` is only being made: it is kept, and not called before this
+  /// returns.
   virtual std::unique_ptr<NativeWindow> makeWindow(NSWindow& window, const NSRect& contentRect,
                                                    NSWindowStyleMask styleMask) = 0;
 
-  /// Brings the application to the front and makes it the active one.
+  /// Asks for the application to come to the front and be the active one, with a visible window
+  /// having the keyboard. A desktop that knows windows only brings the visible main window, and
+  /// without one does nothing. May be refused, which nothing tells.
   virtual void activateIgnoringOtherApps() = 0;
 };
 

@@ -17,7 +17,7 @@ TEST_F(AppDelegateTest, AfterLaunchAHiddenMainWindowIsShownOnce) {
   hidden.mainWindowVisible = false;
   relaunch(hidden);
   EXPECT_EQ(log.take().back(), "[Norvane] forced MainFlutterWindow visible (post-launch fallback)");
-  EXPECT_TRUE(desktop().isKey(*MainFlutterWindow::first()));
+  EXPECT_TRUE(application().isKey(*MainFlutterWindow::first()));
   EXPECT_TRUE(desktop().isActive());
 
   Profile none;
@@ -25,7 +25,7 @@ TEST_F(AppDelegateTest, AfterLaunchAHiddenMainWindowIsShownOnce) {
   relaunch(none);
   EXPECT_EQ(log.take().back(), "[Norvane] no MainFlutterWindow found post-launch");
   EXPECT_FALSE(desktop().isActive());
-  desktop().reopen();
+  application().reopen();
   desktop().setProfile({});
   EXPECT_TRUE(MainFlutterWindow::first()->isVisible()) << "made late";
 }
@@ -41,14 +41,14 @@ TEST_F(AppDelegateTest, ClosingKeepsTheProcessAndReopeningShowsTheFirstWindow) {
 
   const auto second =
       application().makeWindow<MainFlutterWindow>(NSRect{{0, 0}, {10, 10}}, NSWindowStyleMask{0});
-  desktop().reopen();
+  application().reopen();
   EXPECT_TRUE(window->isVisible());
-  EXPECT_TRUE(desktop().isKey(*window));
+  EXPECT_TRUE(application().isKey(*window));
   EXPECT_FALSE(second->isVisible());
 
   second->makeKeyAndOrderFront();
-  desktop().reopen();
-  EXPECT_TRUE(desktop().isKey(*second)) << "with windows on screen, reopening changes nothing";
+  application().reopen();
+  EXPECT_TRUE(application().isKey(*second)) << "with windows on screen, reopening changes nothing";
   EXPECT_TRUE(application().delegate()->applicationShouldHandleReopen(false));
   EXPECT_TRUE(application().delegate()->applicationSupportsSecureRestorableState());
 }

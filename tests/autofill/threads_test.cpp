@@ -37,8 +37,9 @@ class ThreadedHost {
 
   TemporaryDirectory directory;
   RecordingLog log;
+  const ScopedLog installedLog{log};
   GlibDispatch dispatch;
-  HeadlessPlatform host{Profile{}, directory.path, dispatch, log, [] {}};
+  HeadlessPlatform host{Profile{}, directory.path, dispatch, [] {}};
   Extension extension{directory.path};
 
  private:

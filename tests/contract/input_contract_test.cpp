@@ -17,6 +17,7 @@
 #include "platform/gtk/hotkeys.h"
 #include "platform/headless/headless_platform.h"
 #include "platform/linux/glib_dispatch.h"
+#include "platform/log.h"
 #include "platform/session/session.h"
 #include "platform/x11/idle_time.h"
 #include "platform/x11/x11_hotkeys.h"
@@ -52,7 +53,8 @@ struct CountingLog : Log {
 struct Simulated {
   GlibDispatch dispatch;
   CountingLog log;
-  HeadlessPlatform host{{}, std::getenv("HOME"), dispatch, log, [] {}};
+  const ScopedLog installedLog{log};
+  HeadlessPlatform host{{}, std::getenv("HOME"), dispatch, [] {}};
   CarbonEventManager& hotkeys = host.hotkeys;
   KeyboardInput& keyboard = host.keyboard;
   CGEventSource& idle = host.eventSource;
@@ -79,6 +81,7 @@ bool grabFails = false;
 struct Real {
   Real() {
     layOut("ru,us");
+    XkbSetAutoRepeatRate(x, XkbUseCoreKbd, 20000, 1000);  // none but where a test wants it
     gtk_container_add(GTK_CONTAINER(window), field);
     gtk_widget_show_all(window);
     EXPECT_TRUE(awaitFocus());

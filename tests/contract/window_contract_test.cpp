@@ -41,17 +41,18 @@ struct World {
   std::string directory = "/tmp/norvane-windows-XXXXXX";
   GlibDispatch dispatch;
   StderrLog log;
+  const ScopedLog installedLog{log};
 };
 
 struct HeadlessWorld : World {
-  HeadlessPlatform host{Profile{}, directory, dispatch, log, [] {}};
+  HeadlessPlatform host{Profile{}, directory, dispatch, [] {}};
 
   static NSRect onScreen(const NSWindow& window) { return window.frame(); }
   static void maximise() {}
 };
 
 struct RealWorld : World {
-  GtkPlatform host{directory, dispatch, log, [] {}};
+  GtkPlatform host{directory, dispatch, [] {}};
 
   static GtkWindow* shownWindow() {
     const std::unique_ptr<GList, Deleter<g_list_free>> all(gtk_window_list_toplevels());
@@ -109,7 +110,7 @@ class WindowContract : public testing::Test, public Kind {
   std::shared_ptr<Window> make(NSWindowStyleMask mask) {
     return this->host.application.template makeWindow<Window>(NSRect{{100, 100}, {400, 300}}, mask);
   }
-  bool hasKeyboard(const NSWindow& window) { return this->host.desktop.isKey(window); }
+  bool hasKeyboard(const NSWindow& window) { return this->host.application.isKey(window); }
   static constexpr NSWindowStyleMask kOrdinary =
       NSWindowStyleMaskTitled | NSWindowStyleMaskClosable | NSWindowStyleMaskResizable;
 };

@@ -39,7 +39,8 @@ class HeadlessSession {
  private:
   GlibDispatch dispatch_;
   StderrLog log_;
-  HeadlessPlatform platform_{{}, std::getenv("HOME"), dispatch_, log_, [] {}};
+  const ScopedLog installedLog_{log_};
+  HeadlessPlatform platform_{{}, std::getenv("HOME"), dispatch_, [] {}};
 };
 
 std::string front(const NSWorkspace& workspace) {

@@ -13,7 +13,7 @@ import unittest
 
 from console_client import TIMEOUT
 from sealed_files import ACCESS_GROUP, SERVICE, passkey_index, snapshot
-from support import AUTOFILL, BUNDLE, EXECUTABLE, HostTest, read
+from support import AUTOFILL, BUNDLE, EXECUTABLE, HostTest, read, write
 
 SNAPSHOT, PASSKEYS = "syncVaultSnapshot", "syncPasskeyIndex"
 
@@ -79,6 +79,7 @@ class Reading(AutoFillTest):
 
     def test_the_identities_can_be_read_at_any_moment_and_what_is_cleared_is_gone(self):
         path = os.path.join(self.data, "credential-identities.sqlite")
+        write(path + ".damaged", "canary")
         with self.start() as host:
             self.call(host, "registerCredentials", [item("canary")])
             with sqlite3.connect(f"file:{path}?mode=ro", uri=True, timeout=0) as reader:

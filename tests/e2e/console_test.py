@@ -127,6 +127,7 @@ class Start(ConsoleTest):
                 (64, "--data-dir", ""), (73, "--data-dir", file), (73, "--data-dir", file + "/x"),
                 (73, "--data-dir", self.path("unreadable")),
                 (65, "--platform", "gtk", "norvane://item/1", "norvane://\udcff"),
+                (64, "--quit", "norvane://item/1"),
                 *((65, "--data-dir", self.data, "--desktop", profile)
                   for profile in [self.path("missing"), *profiles])]:
             self.assert_refused(status, *options)

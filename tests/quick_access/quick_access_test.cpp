@@ -51,7 +51,7 @@ TEST_F(QuickAccessTest, TheFirstShowMakesEngineAndPanelTheLaterOnesReuseThem) {
   EXPECT_FALSE(desktop().isActive());
 
   const NSWindow& panel = *application().windows().at(1);
-  EXPECT_TRUE(desktop().isKey(panel));
+  EXPECT_TRUE(application().isKey(panel));
 
   press();
   change(R"({"screens":[]})");
@@ -147,12 +147,12 @@ TEST_F(QuickAccessTest, RandomSequencesMatchTheModel) {
           model.panelLosesKey();
         },
         [&] {
-          desktop().openURL("norvane://unlock?x");
+          application().openURL("norvane://unlock?x");
           model.show();
         },
         [&] {
           const std::string url = "norvane://item/" + std::to_string(++link);
-          desktop().openURL(url);
+          application().openURL(url);
           model.open(url);
           model.panelLosesKey();
         },
@@ -241,8 +241,8 @@ TEST_F(QuickAccessTest, WithoutAWindowLinksWaitForOneRetryAndOpenMainStillActiva
   Profile none;
   none.mainWindow = false;
   start(none);
-  desktop().openURL("norvane://item/1");
-  desktop().openURL("norvane://Unlock");
+  application().openURL("norvane://item/1");
+  application().openURL("norvane://Unlock");
   EXPECT_EQ(log.take(), (Lines{"[Norvane] received deeplink: norvane://item/1",
                                "[Norvane] received deeplink: norvane://Unlock"}));
   EXPECT_TRUE(desktop().isActive());
@@ -254,7 +254,7 @@ TEST_F(QuickAccessTest, WithoutAWindowLinksWaitForOneRetryAndOpenMainStillActiva
   EXPECT_EQ(events().size(), 9u) << "the engine's start, its plugins and the latest link, once";
 
   start(none);
-  desktop().openURL("norvane://item/2");
+  application().openURL("norvane://item/2");
   dispatch.advance(1);
   desktop().setProfile({});
   dispatch.advance(1);
@@ -274,7 +274,7 @@ TEST_F(QuickAccessTest, ALinkToAHiddenWindowBringsItBackUnchanged) {
   call("norvane/deeplink", "flutterReady");
   desktop().closeMainWindow();
   const std::string link = "x://\u20ac\n%n\x1b[2J" + std::string(4 << 20, 'a');
-  desktop().openURL(link);
+  application().openURL(link);
   EXPECT_TRUE(MainFlutterWindow::first()->isVisible());
   EXPECT_EQ(takeTranscript().back().size(),
             std::string("norvane/deeplink urlOpened {\"url\":\"\"}").size() + link.size() + 6);

@@ -57,8 +57,7 @@ TemporaryDirectory::TemporaryDirectory() {
 
 struct HostTest::Process {
   Process(HostTest& test, const Profile& profile)
-      : host(profile, test.directory.path, test.dispatch, test.log,
-             [&test] { test.quitAsked = true; }),
+      : host(profile, test.directory.path, test.dispatch, [&test] { test.quitAsked = true; }),
         keychain(host.keychain, test.keychainFault, test.keychainCalls),
         credentialStore(host.credentialStore, test.credentialStore),
         bundle(host.profile, test.bundlePath),
@@ -77,7 +76,6 @@ struct HostTest::Process {
             .graphics = host.graphics,
             .keyboardInput = host.keyboard,
             .keychain = keychain,
-            .log = test.log,
             .mainBundle = bundle,
             .pasteboard = host.pasteboard,
             .processInfo = host.desktop,

@@ -101,6 +101,7 @@ class HostTest : public ::testing::Test, public UiObserver {
 
   TemporaryDirectory directory;
   RecordingLog log;
+  const ScopedLog installedLog{log};
   VirtualDispatch dispatch;
   std::string bundlePath = NORVANE_TEST_BUNDLE;  ///< by default with the example core library
   Fault keychainFault;

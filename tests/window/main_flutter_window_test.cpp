@@ -17,11 +17,11 @@ using MainFlutterWindowTest = HostTest;
 
 TEST_F(MainFlutterWindowTest, EarlyLinksAreKeptAndWhatIsNoTextIsNoLink) {
   start();
-  desktop().openURL("norvane://item/1");
+  application().openURL("norvane://item/1");
   EXPECT_EQ(log.take(), (Lines{"[Norvane] received deeplink: norvane://item/1",
                                "[Norvane] deeplink buffered (Dart not ready yet)"}));
-  desktop().openURL(std::nullopt);
-  desktop().openURL("norvane://\xff");
+  application().openURL(std::nullopt);
+  application().openURL("norvane://\xff");
   send(kDeeplink, "flutterReady");
   EXPECT_EQ(takeTranscript(), (Lines{"norvane/deeplink urlOpened {\"url\":\"norvane://item/1\"}",
                                      "reply success null"}));

@@ -30,6 +30,7 @@ void beginAnswer(JsonWriter& writer, const std::string& idJson) {
   writer.StartObject();
   if (idJson.empty()) return;
   writer.Key("id");
+  // Any JSON value, as the line had it.
   writer.RawValue(idJson.data(), idJson.size(), rapidjson::kObjectType);
 }
 
@@ -96,7 +97,7 @@ bool Console::ready() {
 }
 
 void Console::turn() {
-  if (settling_) {
+  if (settling_) {  // and now it is quiet
     settling_ = false;
     printDesktopEvent("settled");
   } else if (input_.hasLine()) {
@@ -146,6 +147,7 @@ void Console::sendCall(const JsonValue& line, const std::string& idJson) {
 void Console::carryOutEvent(JsonDocument& line) {
   const std::string event = expectText(line["desktop"], "\"desktop\"");
   line.RemoveMember("desktop");
+  // The console's own, on whatever desktop.
   if (event == "settle" || event == "quit") {
     constexpr std::string_view kMembers[] = {"id"};
     expectOnly(line, kMembers);

@@ -17,13 +17,14 @@ constexpr const char* kBytesKey = "$bytes";
 std::vector<std::uint8_t> bytesOf(const JsonValue& value) {
   const std::string text = expectText(value, "\"$bytes\"");
   auto bytes = decodeBase64(text);
+  // The decoder does without padding; in a script that is rather a slip.
   if (!bytes || text.size() % 4 != 0) throw JsonError("\"$bytes\" must be base64");
   return std::move(*bytes);
 }
 
 void encode(StandardMessageWriter& out, const JsonValue& value, int depth) {
   if ((value.IsArray() || value.IsObject()) && depth == kMaxNesting) {
-    throw JsonError("the arguments nest too deep");
+    throw JsonError("the arguments nest too deep");  // no such message would be decoded
   }
   if (value.IsNull()) {
     out.null();
@@ -75,6 +76,7 @@ void writeBytes(JsonWriter& writer, std::span<const std::uint8_t> bytes) {
   writer.EndObject();
 }
 
+// JSON has texts for keys, the codec has any value.
 void writeKey(JsonWriter& writer, FlutterValueView key) {
   if (const auto text = key.text()) {
     writeText(writer, *text);

@@ -23,6 +23,7 @@ class UiObserver {
 /// UI programs that are played by someone else: the console, or a test. Main thread.
 class ScriptedUi : public FlutterEmbedder {
  public:
+  /// Null for none: what the host sends is then lost, as with a UI that never listens.
   void setObserver(UiObserver* observer) { observer_ = observer; }
 
   /// Sends a message as `engine`'s UI program. False, and `reply` is not called, when no such

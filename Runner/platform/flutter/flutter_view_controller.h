@@ -13,9 +13,12 @@ struct FlutterPluginRegistrar {
   FlutterEngine& engine;
 };
 
+/// Where plugins attach themselves. Main thread.
 class FlutterPluginRegistry {
  public:
   virtual ~FlutterPluginRegistry() = default;
+  /// The registrar for the plugin that goes by `name`; it must not outlive the engine that it
+  /// names.
   virtual FlutterPluginRegistrar registrarForPlugin(const std::string& name) = 0;
 };
 

@@ -59,7 +59,7 @@ struct DesktopWindow::Signals {
     // Whoever is given the keyboard has it, even if another has taken it by now. Before the window
     // is mapped the event is about an earlier showing.
     if (event->in && self->visible_ && self->desktop_.wantsKeyboard_ != self) {
-      self->desktop_.setKeyWindow(self);
+      self->desktop_.application_.setKeyWindow(&self->owner_);
     }
     self->desktop_.updateKeyWindow();
     return FALSE;
@@ -130,7 +130,6 @@ DesktopWindow::DesktopWindow(GtkDesktop& desktop, NSWindow& owner, const NSRect&
 }
 
 DesktopWindow::~DesktopWindow() {
-  if (desktop_.keyWindow_ == this) desktop_.keyWindow_ = nullptr;
   if (desktop_.wantsKeyboard_ == this) desktop_.wantsKeyboard_ = nullptr;
   std::erase(desktop_.windows_, this);
   g_signal_handlers_disconnect_by_data(window_, this);
@@ -209,11 +208,14 @@ void DesktopWindow::setFrame(const NSRect& frame, bool /*animate*/) {
   }
   leavesZoom_ = isZoomed() && isMapped();
   if (leavesZoom_) {
+    settles_ = true;
     applyLimits();
     gtk_container_check_resize(GTK_CONTAINER(window_));
   }
   if (state_ & GDK_WINDOW_STATE_FULLSCREEN) gtk_window_unfullscreen(GTK_WINDOW(window_));
-  if (state_ & GDK_WINDOW_STATE_MAXIMIZED) gtk_window_unmaximize(GTK_WINDOW(window_));
+  // Also where the toolkit knows of no such state: it counts only both directions together, and
+  // KWin maximises a window in one that is as large as the screen in it.
+  if (isMapped()) gtk_window_unmaximize(GTK_WINDOW(window_));
   if (!leavesZoom_) applyFrame();
 }
 
@@ -257,6 +259,7 @@ void DesktopWindow::setAppearance(const WindowAppearance& appearance) {
 void DesktopWindow::applyFrame() {
   const auto screen = mainScreen();
   if (!screen) return;
+  settles_ = isMapped();
   applyLimits();
   const GdkRectangle frame = screen->fromPoints(frame_);
   const int width = pixels(frame.width - decoration_.width);
@@ -264,7 +267,7 @@ void DesktopWindow::applyFrame() {
   gtk_window_resize(GTK_WINDOW(window_), width, height);
   gtk_window_move(GTK_WINDOW(window_), frame.x, frame.y);
   if (!isMapped()) return;
-  ++changes_;  // what is there now is not what the window manager will make of this
+  takeFrameLater();  // what is there now is not what the window manager will make of this
   // The toolkit does not ask again for what it asked for before, though the window manager may have
   // made another of it since. The limits must be there first.
   gtk_container_check_resize(GTK_CONTAINER(window_));
@@ -272,19 +275,20 @@ void DesktopWindow::applyFrame() {
 }
 
 // The window manager's limits are those of the client, without the decoration, and bind the host as
-// well, which they must not.
+// well, which they must not. While a frame is on its way there are none: a window manager that
+// first brings the old frame within the new limits has the toolkit take that for the answer and ask
+// for it again, and Xfwm4 keeps a window maximised that is no larger than the least.
 void DesktopWindow::applyLimits() {
   const bool isResizable = styleMask_ & NSWindowStyleMaskResizable;
-  const NSSize& frame = frame_.size;
-  NSSize least = isResizable ? NSSize{std::min(minSize_.width, frame.width),
-                                      std::min(minSize_.height, frame.height)}
-                             : frame;
-  // Xfwm4 keeps a window maximised that was no larger than the least before, and the toolkit would
-  // enlarge one that has just left that state.
-  if (leavesZoom_) least = {};
-  const NSSize most = isResizable ? NSSize{std::max(maxSize_.width, frame.width),
-                                           std::max(maxSize_.height, frame.height)}
-                                  : frame;
+  NSSize least = frame_.size;
+  NSSize most = frame_.size;
+  if (isResizable ? settles_ : leavesZoom_) {
+    least = {};
+    most = kUnboundedSize;
+  } else if (isResizable) {
+    least = {std::min(minSize_.width, least.width), std::min(minSize_.height, least.height)};
+    most = {std::max(maxSize_.width, most.width), std::max(maxSize_.height, most.height)};
+  }
   GdkGeometry limits{};
   limits.min_width = pixels(least.width - decoration_.width);
   limits.min_height = pixels(least.height - decoration_.height);
@@ -318,6 +322,10 @@ void DesktopWindow::learnDecoration() {
 void DesktopWindow::frameMayHaveChanged() {
   if (!isVisible() || !isMapped()) return;
   learnDecoration();
+  takeFrameLater();
+}
+
+void DesktopWindow::takeFrameLater() {
   desktop_.dispatch_.mainAfter(kSettled,
                                [this, change = ++changes_, weakOwner = owner_.weak_from_this()] {
                                  if (!weakOwner.expired() && change == changes_) takeSettledFrame();
@@ -331,9 +339,10 @@ void DesktopWindow::takeSettledFrame() {
   if (leavesZoom_) {
     if (isZoomed()) return;
     leavesZoom_ = false;
-    applyFrame();  // once more, for the limits
+    applyFrame();  // once more: the first came while the window manager had not finished
     return;
   }
+  if (std::exchange(settles_, false)) applyLimits();
   GdkRectangle extents;
   gdk_window_get_frame_extents(gtk_widget_get_window(window_), &extents);
   const NSRect settled = screen->toPoints(extents);

@@ -50,6 +50,7 @@ class DesktopWindow : public NativeWindow {
   bool isZoomed() const;
   void mapped();
   void frameMayHaveChanged();
+  void takeFrameLater();
   void takeSettledFrame();
   void learnDecoration();
   void applyFrame();
@@ -67,6 +68,7 @@ class DesktopWindow : public NativeWindow {
   bool visible_ = false;
   unsigned state_ = 0;       ///< GDK's bits
   bool leavesZoom_ = false;  ///< asked to, for a frame that has yet to settle
+  bool settles_ = false;     ///< a frame that was asked for has yet to
   unsigned changes_ = 0;     ///< of the frame, to tell when it has settled
 };
 

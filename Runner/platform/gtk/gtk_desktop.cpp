@@ -1,7 +1,6 @@
 #include "platform/gtk/gtk_desktop.h"
 
 #include <algorithm>
-#include <utility>
 
 #include <gdk/gdkx.h>
 
@@ -9,7 +8,6 @@
 #include "platform/gtk/main_screen.h"
 #include "platform/linux/process.h"
 #include "platform/ns_window.h"
-#include "platform/platform.h"
 #include "platform/x11/x11_focus.h"
 #include "platform/x11/x11_properties.h"
 
@@ -23,10 +21,10 @@ bool isAnotherActiveWindow(const XEvent& event) {
 
 }  // namespace
 
-GtkDesktop::GtkDesktop(Dispatch& dispatch, EventTime& eventTime, std::function<void()> quit)
-    : dispatch_(dispatch),
+GtkDesktop::GtkDesktop(NSApplication& application, Dispatch& dispatch, EventTime& eventTime)
+    : application_(application),
+      dispatch_(dispatch),
       eventTime_(eventTime),
-      quit_(std::move(quit)),
       activeWindowWatch_([this](const XEvent& event) {
         if (isAnotherActiveWindow(event)) updateKeyWindow();
         return false;
@@ -37,45 +35,19 @@ GtkDesktop::GtkDesktop(Dispatch& dispatch, EventTime& eventTime, std::function<v
 GtkDesktop::~GtkDesktop() = default;
 
 void GtkDesktop::launch(const MainInterface& mainInterface, bool takesKeyboard) {
-  NSApplication& application = platform().application;
-  application.setDelegate(mainInterface.makeDelegate());
-  const auto window = mainInterface.makeMainWindow();
-  window->awakeFromNib();
-  if (takesKeyboard) {
-    window->makeKeyAndOrderFront();
-  } else {
-    window->orderFront();
-  }
-  application.delegate()->applicationDidFinishLaunching();
-}
-
-void GtkDesktop::openURL(const std::string& url) {
-  NSAppleEventDescriptor event;
-  event.setParamDescriptor(NSAppleEventDescriptor(url), keyDirectObject);
-  platform().application.appleEventManager().dispatchEvent(kInternetEventClass, kAEGetURL, event);
-}
-
-void GtkDesktop::reopen() {
-  const bool hasVisibleWindows = hasVisibleMainWindow();
-  activateIgnoringOtherApps();
-  platform().application.delegate()->applicationShouldHandleReopen(hasVisibleWindows);
-}
-
-void GtkDesktop::personCloses(const std::weak_ptr<NSWindow>& weakWindow) {
-  dispatch_.mainAsync([this, weakWindow] {
-    const auto window = weakWindow.lock();
-    if (!window) return;
-    window->close();
-    if (hasVisibleMainWindow()) return;
-    if (platform().application.delegate()->applicationShouldTerminateAfterLastWindowClosed()) {
-      quit_();
+  application_.launch(mainInterface, [&] {
+    const auto window = application_.loadMainWindow(mainInterface);
+    if (takesKeyboard) {
+      window->makeKeyAndOrderFront();
+    } else {
+      window->orderFront();
     }
   });
 }
 
-bool GtkDesktop::hasVisibleMainWindow() const {
-  return std::ranges::any_of(windows_, [](const DesktopWindow* window) {
-    return window->isVisible() && window->owner().canBecomeMainWindow();
+void GtkDesktop::personCloses(const std::weak_ptr<NSWindow>& weakWindow) {
+  dispatch_.mainAsync([this, weakWindow] {
+    if (const auto window = weakWindow.lock()) application_.closeWindow(*window);
   });
 }
 
@@ -83,21 +55,7 @@ void GtkDesktop::updateKeyWindow() {
   GdkWindow* const focus = ownWindow(xFocus());
   const auto found = std::ranges::find_if(
       windows_, [&](const DesktopWindow* window) { return window->contains(focus); });
-  setKeyWindow(found == windows_.end() ? nullptr : *found);
-}
-
-void GtkDesktop::setKeyWindow(DesktopWindow* window) {
-  DesktopWindow* const before = std::exchange(keyWindow_, window);
-  if (!before || before == window) return;
-  dispatch_.mainAsync([this, weakWindow = before->owner().weak_from_this()] {
-    const auto resigned = weakWindow.lock();
-    // One that has the keyboard again by now has nothing to hear.
-    if (resigned && !isKey(*resigned)) resigned->didResignKey();
-  });
-}
-
-bool GtkDesktop::isKey(const NSWindow& window) const {
-  return keyWindow_ && &keyWindow_->owner() == &window;
+  application_.setKeyWindow(found == windows_.end() ? nullptr : &(*found)->owner());
 }
 
 std::unique_ptr<NativeWindow> GtkDesktop::makeWindow(NSWindow& window, const NSRect& contentRect,

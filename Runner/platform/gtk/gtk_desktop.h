@@ -1,6 +1,5 @@
 #pragma once
 
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -21,8 +20,7 @@ class DesktopWindow;
 /// The windows and the screens of an X11 desktop, by way of GTK. Main thread.
 class GtkDesktop : public WindowServer, public Screens, public NSProcessInfo {
  public:
-  /// `quit` ends the main loop.
-  GtkDesktop(Dispatch& dispatch, EventTime& eventTime, std::function<void()> quit);
+  GtkDesktop(NSApplication& application, Dispatch& dispatch, EventTime& eventTime);
   ~GtkDesktop() override;
 
   // The desktop's side
@@ -30,12 +28,6 @@ class GtkDesktop : public WindowServer, public Screens, public NSProcessInfo {
   /// Loads the application's main interface, shows its main window and tells its delegate that
   /// launch has finished. A window that is not to take the keyboard leaves it where it is.
   void launch(const MainInterface& mainInterface, bool takesKeyboard);
-  /// The person opens a link with the application.
-  void openURL(const std::string& url);
-  /// The person starts the application that runs already.
-  void reopen();
-  /// Whether the keyboard speaks to `window`.
-  bool isKey(const NSWindow& window) const;
 
   // The host's side
 
@@ -50,15 +42,12 @@ class GtkDesktop : public WindowServer, public Screens, public NSProcessInfo {
   friend class DesktopWindow;
 
   void updateKeyWindow();
-  void setKeyWindow(DesktopWindow* window);
-  bool hasVisibleMainWindow() const;
   void personCloses(const std::weak_ptr<NSWindow>& window);
 
+  NSApplication& application_;
   Dispatch& dispatch_;
   EventTime& eventTime_;
-  std::function<void()> quit_;
   std::vector<DesktopWindow*> windows_;
-  DesktopWindow* keyWindow_ = nullptr;
   DesktopWindow* wantsKeyboard_ = nullptr;  ///< as soon as it is mapped; the newest wish
   X11EventFilter activeWindowWatch_;
 };

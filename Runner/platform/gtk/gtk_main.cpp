@@ -1,19 +1,16 @@
 #include "platform/gtk/gtk_main.h"
 
 #include <csignal>
-#include <cstdio>
-#include <exception>
 #include <optional>
 #include <string>
 
 #include <glib-unix.h>
 #include <gtk/gtk.h>
-#include <sys/stat.h>
 
 #include "platform/console/console.h"
 #include "platform/gtk/gtk_platform.h"
-#include "platform/linux/data_directory.h"
 #include "platform/linux/glib_dispatch.h"
+#include "platform/linux/host_process.h"
 #include "platform/linux/process.h"
 #include "platform/session/journal_log.h"
 #include "platform/session/session.h"
@@ -46,11 +43,6 @@ bool initToolkit() {
     return g_get_application_name();
   };
   return true;
-}
-
-int refuse(int status, const std::string& message) {
-  std::fprintf(stderr, "Norvane: %s\n", message.c_str());
-  return status;
 }
 
 void quitOnSignals(GlibDispatch& dispatch) {
@@ -97,12 +89,14 @@ void refuseDesktopEvent(const std::string& event, JsonDocument&, JsonWriter&) {
 }  // namespace
 
 int runGtk(const CommandLine& commandLine, const MainInterface& mainInterface) {
+  prepareProcess();
+  // The display may go away at the very end of the process, and says so then.
+  static JournalLog log;
+  static const ScopedLog installed(log);
   if (commandLine.quit) {
     const auto failure = SingleInstance::quitRunning(kApplicationId);
     return failure ? refuse(kExitNoDesktop, *failure) : 0;
   }
-  ensureStandardDescriptors();
-  disableCoreDumps();
   // The desktop's portal looks into a process before it serves its connection for the first time,
   // and serves none that it may not look into. On a Wayland session the hotkey comes from there.
   const bool isLookedInto = isWaylandSession();
@@ -110,14 +104,11 @@ int runGtk(const CommandLine& commandLine, const MainInterface& mainInterface) {
     if (!commandLine.allowDebugger) forbidDebuggers();
   };
   if (!isLookedInto) forbidUnlessAllowed();
-  surviveFailedWrites();
-  ::umask(S_IRWXG | S_IRWXO);  // whatever is kept is the user's alone
   if (!initToolkit()) {
     return refuse(kExitNoDesktop,
                   "the display cannot be used; --platform headless runs without one");
   }
 
-  JournalLog log;
   GlibDispatch dispatch;
   // The one connection of the process. Kept, because whoever opened it anew would have the bus's
   // end be the process's.
@@ -131,16 +122,11 @@ int runGtk(const CommandLine& commandLine, const MainInterface& mainInterface) {
   }
   std::optional<DataDirectory> directory;
   std::optional<GtkPlatform> host;
-  try {
-    directory.emplace(commandLine.dataDirectory);
+  const auto refused = openHost(commandLine.dataDirectory, directory, [&](const std::string& path) {
     host.emplace(
-        directory->path(), dispatch, log, [&] { dispatch.quit(); }, forbidUnlessAllowed);
-  } catch (const DataDirectoryInUse& inUse) {
-    return refuse(kExitInUse, std::string("another host uses the data directory ") + inUse.what());
-  } catch (const std::exception& error) {
-    return refuse(kExitNoDataDirectory,
-                  std::string("the data directory cannot be used: ") + error.what());
-  }
+        path, dispatch, [&] { dispatch.quit(); }, forbidUnlessAllowed);
+  });
+  if (refused) return *refused;
   endWithDisplay();
   std::optional<Console> console;
   if (commandLine.console) console.emplace(host->ui, dispatch, &refuseDesktopEvent);
@@ -150,15 +136,15 @@ int runGtk(const CommandLine& commandLine, const MainInterface& mainInterface) {
   instance.listen(
       [&](const std::string& link) {
         host->eventTime.set(0);
-        host->desktop.openURL(link);
+        host->application.openURL(link);
       },
       [&] {
         host->eventTime.set(0);
-        host->desktop.reopen();
+        host->application.reopen();
       },
       [&] { dispatch.quit(); });
   for (const std::string& link : commandLine.links) {
-    dispatch.mainAsync([&host, link] { host->desktop.openURL(link); });
+    dispatch.mainAsync([&host, link] { host->application.openURL(link); });
   }
   if (console) console->start();
   warmUpWhenIdle(host->workspace);

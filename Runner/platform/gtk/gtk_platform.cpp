@@ -12,52 +12,30 @@ constexpr const char* kIdentitiesKey = "NorvaneCredentialIdentities";
 
 }  // namespace
 
-GtkPlatform::GtkPlatform(const std::string& dataDirectory, GlibDispatch& dispatch, Log& log,
-                         std::function<void()> quit, std::function<void()> portalAnswered)
-    : bundle(log),
+GtkPlatform::GtkPlatform(const std::string& dataDirectory, GlibDispatch& mainDispatch,
+                         const std::function<void()>& quit, std::function<void()> portalAnswered)
+    : dispatch(mainDispatch),
+      application(quit),
       fileManager(dataDirectory),
       keychain(dispatch),
-      userDefaults(dataDirectory + "/user-defaults.json", log),
+      userDefaults(dataDirectory + "/user-defaults.json"),
       credentialStore(dataDirectory, dispatch,
                       {.isEnabled = userDefaults.boolForKey(kIdentitiesKey),
                        .supportsIncrementalUpdates = true}),
       graphics(bundle.bundlePath()),
-      hotkeys(makeHotkeys(eventTime, dispatch, std::move(portalAnswered))),
+      heldHotkeys(makeHotkeys(eventTime, dispatch, std::move(portalAnswered))),
+      hotkeys(*heldHotkeys),
       statusBar(eventTime, {{"Show Norvane",
                              [this] {
                                eventTime.set(0);
-                               desktop.reopen();
+                               application.reopen();
                              }},
                             {"Quit", quit}}),
       appService(bundle.bundlePath() + "/Contents/MacOS/Norvane"),
       updater(dispatch, bundle.infoText("SUFeedURL"), NORVANE_VERSION),
       workspace(bundle.bundleIdentifier()),
-      desktop(dispatch, eventTime, std::move(quit)),
-      platform{
-          .application = application,
-          .appService = appService,
-          .carbonEvents = *hotkeys,
-          .credentialIdentityStore = credentialStore,
-          .crypto = crypto,
-          .dispatch = dispatch,
-          .dynamicLoader = loader,
-          .eventSource = eventSource,
-          .fileManager = fileManager,
-          .flutter = ui,
-          .graphics = graphics,
-          .keyboardInput = keyboard,
-          .keychain = keychain,
-          .log = log,
-          .mainBundle = bundle,
-          .pasteboard = pasteboard,
-          .processInfo = desktop,
-          .screens = desktop,
-          .statusBar = statusBar,
-          .updater = updater,
-          .userDefaults = userDefaults,
-          .windowServer = desktop,
-          .workspace = workspace,
-      },
+      desktop(application, dispatch, eventTime),
+      platform(platformOf(*this)),
       installed(platform) {}
 
 GtkPlatform::~GtkPlatform() { application.releaseAll(); }

@@ -30,11 +30,13 @@ namespace norvane {
 /// The services of the real desktop, on one data directory that nobody else uses. Made once the
 /// toolkit runs. `portalAnswered` as in makeHotkeys.
 struct GtkPlatform {
-  GtkPlatform(const std::string& dataDirectory, GlibDispatch& dispatch, Log& log,
-              std::function<void()> quit, std::function<void()> portalAnswered = {});
+  GtkPlatform(const std::string& dataDirectory, GlibDispatch& dispatch,
+              const std::function<void()>& quit, std::function<void()> portalAnswered = {});
   /// Lets the application's windows and delegate go, while there is a platform for them.
   ~GtkPlatform();
 
+  GlibDispatch& dispatch;
+  NSApplication application;
   EventTime eventTime;
   LinuxDynamicLoader loader;
   DesktopBundle bundle;
@@ -45,7 +47,8 @@ struct GtkPlatform {
   DatabaseCredentialStore credentialStore;
   ScriptedUi ui;
   GtkGraphics graphics;
-  std::unique_ptr<CarbonEventManager> hotkeys;
+  const std::unique_ptr<CarbonEventManager> heldHotkeys;
+  CarbonEventManager& hotkeys;
   GtkStatusBar statusBar;
   X11Keyboard keyboard;
   GtkPasteboard pasteboard;
@@ -54,7 +57,6 @@ struct GtkPlatform {
   GtkUpdater updater;
   X11Workspace workspace;
   GtkDesktop desktop;
-  NSApplication application;
   const Platform platform;
   const ScopedPlatform installed;
 };

@@ -35,8 +35,8 @@ const std::map<std::string, Event>& events() {
        {{"url"},
         [](const JsonValue& line, JsonWriter&, HeadlessPlatform& host) {
           const JsonValue& url = require(line, "url");
-          host.desktop.openURL(url.IsNull() ? std::nullopt
-                                            : std::optional(textMember(line, "url")));
+          host.application.openURL(url.IsNull() ? std::nullopt
+                                                : std::optional(textMember(line, "url")));
         }}},
       {"pressKeys",
        {{"key", "modifiers"},
@@ -60,7 +60,8 @@ const std::map<std::string, Event>& events() {
           expectPossible(host.desktop.resizeMainWindow(frame), "the main window is not on screen");
         }}},
       {"reopen",
-       {{}, [](const JsonValue&, JsonWriter&, HeadlessPlatform& host) { host.desktop.reopen(); }}},
+       {{},
+        [](const JsonValue&, JsonWriter&, HeadlessPlatform& host) { host.application.reopen(); }}},
       {"activate",
        {{"application"},
         [](const JsonValue& line, JsonWriter&, HeadlessPlatform& host) {

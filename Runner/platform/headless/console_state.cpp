@@ -9,13 +9,13 @@
 namespace norvane {
 namespace {
 
-void writeWindow(JsonWriter& writer, const HeadlessDesktop& desktop, const NSWindow& window) {
-  const HeadlessWindow& native = desktop.nativeWindow(window);
+void writeWindow(JsonWriter& writer, const HeadlessPlatform& host, const NSWindow& window) {
+  const HeadlessWindow& native = host.desktop.nativeWindow(window);
   const NSRect frame = native.frame();
   writer.StartObject();
   member(writer, "class", window.className());
   member(writer, "visible", native.isVisible());
-  member(writer, "key", desktop.isKey(window));
+  member(writer, "key", host.application.isKey(window));
   member(writer, "frame", {frame.origin.x, frame.origin.y, frame.size.width, frame.size.height});
   member(writer, "minSize", {native.minSize().width, native.minSize().height});
   member(writer, "styleMask", std::int64_t{native.styleMask()});
@@ -67,6 +67,7 @@ void writeItem(JsonWriter& writer, const KeychainDirectory::Item& item) {
   member(writer, "accessGroup", std::optional<std::string_view>(item.name.accessGroup));
   member(writer, "accessible", item.accessible);
   member(writer, "synchronizable", item.synchronizable);
+  // Its size, never its value: the output may be kept.
   member(writer, "bytes", static_cast<std::int64_t>(item.value.size()));
   writer.EndObject();
 }
@@ -105,7 +106,7 @@ void writeState(JsonWriter& writer, HeadlessPlatform& host) {
   writer.StartObject();
   member(writer, "desktop", "state");
   list(writer, "windows", host.application.windows(),
-       [&](const auto& window) { writeWindow(writer, host.desktop, *window); });
+       [&](const auto& window) { writeWindow(writer, host, *window); });
   member(writer, "active", host.desktop.isActive());
   member(writer, "frontApplication",
          std::optional<std::string_view>(host.desktop.frontApplication()));

@@ -6,7 +6,6 @@
 #include "platform/headless/headless_graphics.h"
 #include "platform/linux/process.h"
 #include "platform/ns_bundle.h"
-#include "platform/platform.h"
 
 namespace norvane {
 namespace {
@@ -28,38 +27,27 @@ bool areSameApplication(const Profile::Application& a, const Profile::Applicatio
   return a.bundleIdentifier == b.bundleIdentifier && (a.bundleIdentifier || a.name == b.name);
 }
 
-/// A panel is not what a person means by the application's window.
 bool isVisibleMainWindow(const HeadlessWindow* window) {
   return window->isVisible() && window->owner().canBecomeMainWindow();
-}
-
-NSRunningApplication ownApplication() {
-  return {.bundleIdentifier = platform().mainBundle.bundleIdentifier(),
-          .localizedName = "Norvane",
-          .icon = HeadlessGraphics::applicationIcon("Norvane")};
 }
 
 }  // namespace
 
 HeadlessDesktop::HeadlessDesktop(LiveProfile& profile, Dispatch& dispatch,
-                                 std::function<void()> quit)
-    : profile_(profile), dispatch_(dispatch), quit_(std::move(quit)) {}
+                                 NSApplication& application, const NSBundle& bundle)
+    : profile_(profile), dispatch_(dispatch), application_(application), bundle_(bundle) {}
 
 HeadlessDesktop::~HeadlessDesktop() = default;
 
 void HeadlessDesktop::launch(MainInterface mainInterface) {
   mainInterface_ = std::move(mainInterface);
-  NSApplication& application = platform().application;
-  application.setDelegate(mainInterface_.makeDelegate());
-  makeMainWindowIfAsked();
-  application.delegate()->applicationDidFinishLaunching();
+  application_.launch(mainInterface_, [this] { makeMainWindowIfAsked(); });
 }
 
 void HeadlessDesktop::makeMainWindowIfAsked() {
   if (!profile_.get(&Profile::mainWindow) || std::exchange(mainWindowMade_, true)) return;
-  const auto window = mainInterface_.makeMainWindow();
+  const auto window = application_.loadMainWindow(mainInterface_);
   mainWindow_ = window;
-  window->awakeFromNib();
   if (profile_.get(&Profile::mainWindowVisible)) window->orderFront();
 }
 
@@ -71,17 +59,10 @@ void HeadlessDesktop::setProfile(const Profile& profile) {
   if (mainInterface_.makeMainWindow) makeMainWindowIfAsked();
 }
 
-void HeadlessDesktop::openURL(const std::optional<std::string>& url) {
-  NSAppleEventDescriptor event;
-  if (url) event.setParamDescriptor(NSAppleEventDescriptor(*url), keyDirectObject);
-  platform().application.appleEventManager().dispatchEvent(kInternetEventClass, kAEGetURL, event);
-}
-
 bool HeadlessDesktop::closeMainWindow() {
   const auto window = mainWindow_.lock();
   if (!window || !window->isVisible()) return false;
-  window->close();
-  dispatch_.mainAsync([this] { quitIfLastWindowClosed(); });
+  application_.closeWindow(*window);
   return true;
 }
 
@@ -98,16 +79,6 @@ bool HeadlessDesktop::resizeMainWindow(NSRect frame) {
     if (const auto moved = weakWindow.lock()) moved->frameDidChange();
   });
   return true;
-}
-
-void HeadlessDesktop::quitIfLastWindowClosed() {
-  if (hasVisibleWindows()) return;
-  if (platform().application.delegate()->applicationShouldTerminateAfterLastWindowClosed()) quit_();
-}
-
-void HeadlessDesktop::reopen() {
-  activateIgnoringOtherApps();
-  platform().application.delegate()->applicationShouldHandleReopen(hasVisibleWindows());
 }
 
 bool HeadlessDesktop::activate(const std::string& bundleIdentifier) {
@@ -147,28 +118,14 @@ bool HeadlessDesktop::terminateApplication(const std::string& bundleIdentifier) 
 
 void HeadlessDesktop::deactivate() {
   active_ = false;
-  setKeyWindow(nullptr);
-}
-
-void HeadlessDesktop::setKeyWindow(HeadlessWindow* window) {
-  const auto resigning = std::exchange(keyWindow_, window);
-  if (!resigning || resigning == window) return;
-  dispatch_.mainAsync([this, weakWindow = resigning->owner().weak_from_this()] {
-    const auto resigned = weakWindow.lock();
-    // One that has the keyboard again by now has nothing to hear.
-    if (resigned && !isKey(*resigned)) resigned->didResignKey();
-  });
+  application_.setKeyWindow(nullptr);
 }
 
 // The active application's main window has the keyboard when no other window of it does.
 void HeadlessDesktop::giveKeyBack() {
-  if (!active_ || keyWindow_) return;
+  if (!active_ || application_.hasKeyWindow()) return;
   const auto next = std::ranges::find_if(windows_, &isVisibleMainWindow);
-  if (next != windows_.end()) setKeyWindow(*next);
-}
-
-bool HeadlessDesktop::hasVisibleWindows() const {
-  return std::ranges::any_of(windows_, &isVisibleMainWindow);
+  if (next != windows_.end()) application_.setKeyWindow(&(*next)->owner());
 }
 
 std::optional<std::string> HeadlessDesktop::frontApplication() const {
@@ -176,8 +133,10 @@ std::optional<std::string> HeadlessDesktop::frontApplication() const {
   return front ? front->bundleIdentifier : std::nullopt;
 }
 
-bool HeadlessDesktop::isKey(const NSWindow& window) const {
-  return keyWindow_ && &keyWindow_->owner() == &window;
+NSRunningApplication HeadlessDesktop::ownApplication() const {
+  return {.bundleIdentifier = bundle_.bundleIdentifier(),
+          .localizedName = "Norvane",
+          .icon = HeadlessGraphics::applicationIcon("Norvane")};
 }
 
 HeadlessWindow& HeadlessDesktop::nativeWindow(const NSWindow& window) const {
@@ -234,20 +193,17 @@ HeadlessWindow::HeadlessWindow(HeadlessDesktop& desktop, NSWindow& owner, const 
   desktop_.windows_.push_back(this);
 }
 
-HeadlessWindow::~HeadlessWindow() {
-  if (desktop_.keyWindow_ == this) desktop_.keyWindow_ = nullptr;
-  std::erase(desktop_.windows_, this);
-}
+HeadlessWindow::~HeadlessWindow() { std::erase(desktop_.windows_, this); }
 
 void HeadlessWindow::makeKeyAndOrderFront() {
   visible_ = true;
-  if (owner_.canBecomeKeyWindow()) desktop_.setKeyWindow(this);
+  if (owner_.canBecomeKeyWindow()) desktop_.application_.setKeyWindow(&owner_);
 }
 
 void HeadlessWindow::orderOut() {
   visible_ = false;
-  if (desktop_.keyWindow_ != this) return;
-  desktop_.setKeyWindow(nullptr);
+  if (!desktop_.application_.isKey(owner_)) return;
+  desktop_.application_.setKeyWindow(nullptr);
   desktop_.giveKeyBack();
 }
 

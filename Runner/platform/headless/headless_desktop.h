@@ -1,6 +1,5 @@
 #pragma once
 
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -9,6 +8,7 @@
 #include "platform/dispatch.h"
 #include "platform/headless/live_profile.h"
 #include "platform/ns_application.h"
+#include "platform/ns_bundle.h"
 #include "platform/ns_process_info.h"
 #include "platform/ns_workspace.h"
 #include "platform/screens.h"
@@ -26,8 +26,8 @@ class HeadlessDesktop : public WindowServer,
                         public NSWorkspace,
                         public NSProcessInfo {
  public:
-  /// `quit` ends the main loop.
-  HeadlessDesktop(LiveProfile& profile, Dispatch& dispatch, std::function<void()> quit);
+  HeadlessDesktop(LiveProfile& profile, Dispatch& dispatch, NSApplication& application,
+                  const NSBundle& bundle);
   ~HeadlessDesktop() override;
 
   // The control side
@@ -37,15 +37,11 @@ class HeadlessDesktop : public WindowServer,
 
   void setProfile(const Profile& profile);
 
-  /// The system delivers a URL event; without a text when there is none.
-  void openURL(const std::optional<std::string>& url);
   /// The person closes the main window. False when it is not on screen.
   bool closeMainWindow();
   /// The person moves or resizes the main window, within its limits. False when it is not on
   /// screen.
   bool resizeMainWindow(NSRect frame);
-  /// The person reopens the running application.
-  void reopen();
   /// Another application comes to the front. False when no such application runs.
   bool activate(const std::string& bundleIdentifier);
   void launchApplication(const Profile::Application& application);
@@ -55,7 +51,6 @@ class HeadlessDesktop : public WindowServer,
   bool isActive() const { return active_; }
   /// The bundle identifier of the application in front, where there is one that has one.
   std::optional<std::string> frontApplication() const;
-  bool isKey(const NSWindow& window) const;
   HeadlessWindow& nativeWindow(const NSWindow& window) const;
 
   // The host's side
@@ -73,21 +68,19 @@ class HeadlessDesktop : public WindowServer,
   friend class HeadlessWindow;
 
   void makeMainWindowIfAsked();
-  void quitIfLastWindowClosed();
   void deactivate();
-  void setKeyWindow(HeadlessWindow* window);
   void giveKeyBack();
-  bool hasVisibleWindows() const;
+  NSRunningApplication ownApplication() const;
 
   LiveProfile& profile_;
   Dispatch& dispatch_;
-  std::function<void()> quit_;
+  NSApplication& application_;
+  const NSBundle& bundle_;
   MainInterface mainInterface_;
   std::weak_ptr<NSWindow> mainWindow_;
   bool mainWindowMade_ = false;
   bool active_ = false;
   std::vector<HeadlessWindow*> windows_;
-  HeadlessWindow* keyWindow_ = nullptr;
 };
 
 /// A window of the headless desktop. It has no decoration: its frame is its content rectangle.

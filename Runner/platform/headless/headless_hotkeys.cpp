@@ -15,6 +15,7 @@ constexpr EventHotKeyRef kHotKeyRef = 1;
 }  // namespace
 
 void HeadlessHotkeys::press(const Hotkey& combination) {
+  // Each line of the console is a turn of its own: no call of the host's is under way.
   if (handler_ && registered_ == combination) handler_(HotkeyPress(id_));
 }
 

@@ -24,7 +24,7 @@ OSStatus HeadlessKeychain::answer(std::optional<OSStatus> forced,
   try {
     return call();
   } catch (const std::bad_alloc&) {
-    throw;
+    throw;  // no failure of the keychain's
   } catch (const std::exception&) {
     return errSecIO;
   }

@@ -77,7 +77,7 @@ class HeadlessCredentialStore : public DatabaseCredentialStore {
 /// the control side.
 struct HeadlessPlatform {
   HeadlessPlatform(Profile initialProfile, const std::string& dataDirectory, Dispatch& dispatch,
-                   Log& log, std::function<void()> quit);
+                   std::function<void()> quit);
   /// Lets the application's windows and delegate go, while there is a platform for them.
   ~HeadlessPlatform();
 
@@ -85,6 +85,8 @@ struct HeadlessPlatform {
   void setProfile(const Profile& changed) { desktop.setProfile(changed); }
 
   LiveProfile profile;
+  Dispatch& dispatch;
+  NSApplication application;
   LinuxDynamicLoader loader;
   HeadlessBundle bundle;
   HeadlessFileManager fileManager;
@@ -102,7 +104,7 @@ struct HeadlessPlatform {
   HeadlessAppService appService;
   HeadlessUpdater updater;
   HeadlessDesktop desktop;
-  NSApplication application;
+  NSWorkspace& workspace;
   const Platform platform;
   const ScopedPlatform installed;
 };

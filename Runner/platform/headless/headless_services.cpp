@@ -59,6 +59,7 @@ void HeadlessPasteboard::copy(const std::string& text) {
 }
 
 bool HeadlessPasteboard::writeObjects(std::vector<NSPasteboardItem> items) {
+  // Beside what is there, so that a host that forgets to clear is seen to.
   for (NSPasteboardItem& item : items) items_.push_back(std::move(item));
   return true;
 }

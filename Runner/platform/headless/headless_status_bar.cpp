@@ -12,6 +12,7 @@ class HeadlessStatusItem : public NSStatusItem, public NSStatusBarButton {
 
   NSStatusBarButton* button() override { return this; }
   void setImage(std::shared_ptr<NSImage> image) override {
+    // The host has its images from this desktop's own graphics.
     item_->image = std::dynamic_pointer_cast<PixbufImage>(image);
   }
   void setTitle(const std::string& title) override { item_->title = title; }

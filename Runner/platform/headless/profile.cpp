@@ -149,7 +149,7 @@ NSRect parseRect(const JsonValue& value, const std::string& what) {
 }
 
 void applyToProfile(const JsonValue& changes, Profile& profile) {
-  Profile changed = profile;
+  Profile changed = profile;  // a line that is refused half way has changed nothing
   readMembers(
       changes, "the profile",
       {

@@ -126,6 +126,7 @@ CommandLine parseCommandLine(int argc, char** argv) {
     return usageError("--desktop describes the headless desktop: add --platform headless");
   }
   if (quit && commandLine.headless) return usageError("--quit ends a host on the real desktop");
+  if (quit && !commandLine.links.empty()) return usageError("--quit leaves nobody to open a link");
   if (directory && !*directory) return usageError("--data-dir needs a directory");
   // Paths below it are told to the UI, whose texts are UTF-8.
   if (directory && !isWellFormedUtf8(directory.get())) {

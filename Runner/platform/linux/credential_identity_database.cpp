@@ -21,7 +21,8 @@ constexpr const char* kSchema = R"(
     position INTEGER PRIMARY KEY, record TEXT NOT NULL, relying_party TEXT NOT NULL,
     user_name TEXT NOT NULL, credential BLOB NOT NULL, user_handle BLOB NOT NULL))";
 
-constexpr int kBusyTimeout = 2000;  // milliseconds
+constexpr int kBusyTimeout = 2000;                                  // milliseconds
+constexpr const char* kParts[] = {"-wal", "-shm", "-journal", ""};  // of a database's path
 
 std::vector<std::uint8_t> blob(const SQLite::Column& column) {
   const auto* bytes = static_cast<const std::uint8_t*>(column.getBlob());
@@ -83,8 +84,8 @@ void CredentialIdentityDatabase::change(Change function) {
 
 void CredentialIdentityDatabase::setAside(const std::string& why) {
   database_.reset();
-  const std::string damaged = path_ + ".damaged";
-  for (const char* part : {"-wal", "-shm", "-journal", ""}) {
+  const std::string damaged = damagedPath();
+  for (const char* part : kParts) {
     std::filesystem::remove(damaged + part);
     if (std::filesystem::exists(path_ + part)) {
       std::filesystem::rename(path_ + part, damaged + part);
@@ -135,6 +136,7 @@ void CredentialIdentityDatabase::removeAll() {
     database.exec("DELETE FROM password");
     database.exec("DELETE FROM passkey");
   });
+  for (const char* part : kParts) std::filesystem::remove(damagedPath() + part);
 }
 
 std::vector<ASPasswordCredentialIdentity> CredentialIdentityDatabase::passwords() {

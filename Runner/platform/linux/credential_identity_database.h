@@ -23,6 +23,7 @@ class CredentialIdentityDatabase {
 
   void replacePasswords(const std::vector<ASPasswordCredentialIdentity>& identities);
   void addPasskeys(const std::vector<ASPasskeyCredentialIdentity>& identities);
+  /// Also what was set aside.
   void removeAll();
 
   // In the order of their registration.
@@ -36,6 +37,7 @@ class CredentialIdentityDatabase {
   template <class Change>
   void change(Change function);
   void setAside(const std::string& why);
+  std::string damagedPath() const { return path_ + ".damaged"; }
 
   std::string path_;
   std::unique_ptr<SQLite::Database> database_;

@@ -7,15 +7,16 @@
 
 #include "platform/linux/atomic_file.h"
 #include "platform/linux/json.h"
+#include "platform/log.h"
 
 namespace norvane {
 
-JsonUserDefaults::JsonUserDefaults(std::string path, Log& log) : path_(std::move(path)), log_(log) {
+JsonUserDefaults::JsonUserDefaults(std::string path) : path_(std::move(path)) {
   try {
     load();
   } catch (const JsonError& error) {
     std::filesystem::rename(path_, path_ + ".damaged");
-    log_.write("[Norvane] user defaults set aside as " + path_ + ".damaged: " + error.what());
+    NSLog("[Norvane] user defaults set aside as " + path_ + ".damaged: " + error.what());
   }
 }
 
@@ -74,7 +75,7 @@ void JsonUserDefaults::save() const {
   try {
     writeFileAtomically(path_, std::as_bytes(std::span(buffer.GetString(), buffer.GetSize())));
   } catch (const std::system_error& error) {
-    log_.write(std::string("[Norvane] user defaults not saved: ") + error.what());
+    NSLog(std::string("[Norvane] user defaults not saved: ") + error.what());
   }
 }
 

@@ -4,7 +4,6 @@
 #include <string>
 #include <variant>
 
-#include "platform/log.h"
 #include "platform/ns_user_defaults.h"
 
 namespace norvane {
@@ -16,7 +15,7 @@ class JsonUserDefaults : public NSUserDefaults {
 
   /// Reads `path`; a file that does not exist is empty, one that cannot be understood is renamed to
   /// `path` + ".damaged", with a log record.
-  JsonUserDefaults(std::string path, Log& log);
+  explicit JsonUserDefaults(std::string path);
 
   bool boolForKey(const std::string& key) const override;
   std::optional<std::string> stringForKey(const std::string& key) const override;
@@ -32,7 +31,6 @@ class JsonUserDefaults : public NSUserDefaults {
   void save() const;
 
   std::string path_;
-  Log& log_;
   std::map<std::string, Value> values_;
 };
 

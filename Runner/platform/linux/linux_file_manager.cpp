@@ -25,7 +25,9 @@ LinuxFileManager::LinuxFileManager(std::string dataDirectory)
     : dataDirectory_(std::move(dataDirectory)) {
   sweepTemporaryFiles(dataDirectory_);
   std::error_code ignored;  // what cannot be listed stays
-  std::filesystem::recursive_directory_iterator entry(dataDirectory_ + kGroupContainers, ignored);
+  std::filesystem::recursive_directory_iterator entry(
+      dataDirectory_ + kGroupContainers, std::filesystem::directory_options::skip_permission_denied,
+      ignored);
   for (; entry != std::filesystem::recursive_directory_iterator(); entry.increment(ignored)) {
     if (entry->is_directory(ignored)) sweepTemporaryFiles(entry->path().string());
   }

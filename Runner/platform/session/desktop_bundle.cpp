@@ -4,6 +4,7 @@
 
 #include "platform/linux/atomic_file.h"
 #include "platform/linux/json.h"
+#include "platform/log.h"
 
 namespace norvane {
 
@@ -18,7 +19,7 @@ std::optional<std::string> DesktopBundle::infoText(const std::string& key) const
   } catch (const std::system_error&) {
     return std::nullopt;  // most bundles have none
   } catch (const JsonError& error) {
-    log_.write("[Norvane] " + path + ": " + error.what());
+    NSLog("[Norvane] " + path + ": " + error.what());
     return std::nullopt;
   }
 }

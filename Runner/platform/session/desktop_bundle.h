@@ -1,7 +1,6 @@
 #pragma once
 
 #include "platform/linux/linux_bundle.h"
-#include "platform/log.h"
 
 namespace norvane {
 
@@ -9,13 +8,8 @@ namespace norvane {
 /// BUNDLE/Contents/Info.json.
 class DesktopBundle : public LinuxBundle {
  public:
-  /// `log` gets a record of a dictionary that cannot be understood. The bundle is read before there
-  /// is a platform to log with.
-  explicit DesktopBundle(Log& log) : log_(log) {}
+  /// A dictionary that cannot be understood is one log record, and has nothing.
   std::optional<std::string> infoText(const std::string& key) const override;
-
- private:
-  Log& log_;
 };
 
 }  // namespace norvane

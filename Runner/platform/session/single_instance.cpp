@@ -6,7 +6,7 @@
 #include <gio/gio.h>
 
 #include "platform/linux/glib_handles.h"
-#include "platform/session/journal_log.h"
+#include "platform/log.h"
 #include "platform/session/session.h"
 
 namespace norvane {
@@ -52,8 +52,7 @@ void SingleInstance::claim(const char* applicationId) {
   GError* raised = nullptr;
   if (!g_application_register(application.get(), nullptr, &raised)) {
     const GErrorPtr error(raised);
-    // There is no platform yet whose log could be written.
-    JournalLog().write(std::string("[Norvane] no name on the session bus: ") + error->message);
+    NSLog(std::string("[Norvane] no name on the session bus: ") + error->message);
     return;
   }
   isSecond_ = g_application_get_is_remote(application.get());

@@ -4,14 +4,13 @@
 #include <unistd.h>
 
 #include "platform/linux/command_line.h"
-#include "platform/session/journal_log.h"
+#include "platform/log.h"
 
 namespace norvane {
 
 void endWithDisplay() {
   XSetIOErrorHandler([](Display*) -> int {
-    // At the end of the process the platform, and with it NSLog, may be gone before the display is.
-    JournalLog().write("[Norvane] the display has gone away");
+    NSLog("[Norvane] the display has gone away");
     ::_exit(kExitNoDesktop);
   });
 }
