@@ -12,11 +12,7 @@
 namespace norvane {
 namespace {
 
-#ifdef __SANITIZE_THREAD__
 constexpr int kOperations = 1000;
-#else
-constexpr int kOperations = 10000;
-#endif
 
 const Sealed kBoth[] = {kSnapshot, kPasskeys};
 

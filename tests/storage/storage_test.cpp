@@ -68,11 +68,14 @@ void appendScalar(std::string& text, gunichar scalar) {
 TEST(JsonArrayWriterTest, EveryCharacterIsReadBackWhereverItStands) {
   Entries entries;
   std::string text;
-  for (gunichar scalar = 0; scalar <= 0x10FFFF; ++scalar) {
+  // All of the first plane; of those above, where every byte takes all of its values.
+  for (gunichar scalar = 0; scalar <= 0x10FFFF; scalar += scalar < 0xFFFF ? 1 : 61) {
     if (scalar == 0xD800) scalar = 0xE000;
     appendScalar(text, scalar);
-    if (scalar % 61 == 0) entries.push_back({{"text", std::exchange(text, "")}});
+    if (text.size() > 200) entries.push_back({{"text", std::exchange(text, "")}});
   }
+  appendScalar(text, 0x10FFFF);
+  entries.push_back({{"text", text}});
   for (gunichar scalar = 0; scalar < 0x100; ++scalar) {
     for (std::size_t size = 1; size <= 18; ++size) {
       std::map<std::string, std::string> entry;
