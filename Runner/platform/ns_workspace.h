@@ -9,7 +9,7 @@
 
 namespace norvane {
 
-/// An application that runs, in UTF-8; what the system does not know of it is absent.
+/// An application that runs. Its texts are UTF-8; what the system does not know of it is absent.
 struct NSRunningApplication {
   std::optional<std::string> bundleIdentifier;
   std::optional<std::string> localizedName;
