@@ -1,0 +1,25 @@
+# The executables of this build, driven from without. Debian's own Python, for which its packages
+# install their modules.
+file(GLOB SCRIPTS CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/tests/e2e/*_test.py)
+foreach(SCRIPT IN LISTS SCRIPTS)
+  get_filename_component(NAME ${SCRIPT} NAME_WE)
+  if((NAME STREQUAL desktop_test AND NOT TARGET norvane_desktop) OR
+     (NAME STREQUAL hardening_test AND NOT CMAKE_BUILD_TYPE STREQUAL Release))
+    continue()
+  endif()
+  add_test(NAME e2e_${NAME} COMMAND /usr/bin/python3 ${SCRIPT})
+  set(ENVIRONMENT "NORVANE_BUNDLE=${NORVANE_BUNDLE_DIR};PYTHONPATH=${CMAKE_SOURCE_DIR}/tools;PYTHONDONTWRITEBYTECODE=1")
+  if(NAME STREQUAL desktop_test)
+    # The toolkit keeps much until the process ends.
+    list(APPEND ENVIRONMENT "ASAN_OPTIONS=detect_leaks=0")
+    set_tests_properties(e2e_${NAME} PROPERTIES RUN_SERIAL ON)
+  endif()
+  set_tests_properties(e2e_${NAME} PROPERTIES ENVIRONMENT "${ENVIRONMENT}")
+endforeach()
+
+if(TARGET norvane_desktop AND CMAKE_BUILD_TYPE STREQUAL Release)  # what is shipped
+  add_test(NAME packaging COMMAND /usr/bin/python3
+           ${CMAKE_SOURCE_DIR}/tests/packaging/packaging_test.py)
+  set_tests_properties(packaging PROPERTIES
+    ENVIRONMENT "NORVANE_BUILD=${CMAKE_BINARY_DIR};PYTHONDONTWRITEBYTECODE=1")
+endif()
