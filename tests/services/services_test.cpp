@@ -72,9 +72,6 @@ TEST_F(ServicesTest, TheLoginItemIsKeptOnDiskAndItsFailuresAreLogged) {
   EXPECT_EQ(call(kLogin, "set"), "error sm_app_service: not allowed, null");
   EXPECT_EQ(log.take(), (Lines{"[Norvane] launch-at-login register failed: not allowed",
                                "[Norvane] launch-at-login unregister failed: not allowed"}));
-  change(R"({"osVersion":"12.9.9"})");
-  EXPECT_EQ(call(kLogin, "set", "{\"enabled\":true}"),
-            "success {\"supported\":false,\"enabled\":false}");
 }
 
 TEST_F(ServicesTest, EachKindOfInputEndsTheIdleTime) {
@@ -116,7 +113,12 @@ TEST_F(ServicesTest, ASyncDirectoryThatCannotBeNamedOrMadeIsNone) {
 TEST_F(ServicesTest, AWindowOrADelegateThatHasGoneIsAnsweredFor) {
   start();
   const auto engineOwner = MainFlutterWindow::first()->contentViewController();
+  const std::weak_ptr<MainFlutterWindow> window = MainFlutterWindow::first();
   application().removeWindow(*MainFlutterWindow::first());
+  ASSERT_TRUE(window.expired()) << "kept alive by a handler";
+  for (const char* method : {"flutterReady", "unknown"}) {
+    EXPECT_EQ(call("norvane/deeplink", method), "success null");
+  }
   for (const char* method : {"enable", "disable", "unknown"}) {
     EXPECT_EQ(call(kSecureInput, method), "success null");
   }

@@ -4,7 +4,6 @@
 
 #include <sys/stat.h>
 
-#include "platform/flutter/flutter_view_controller.h"
 #include "support/host_test.h"
 #include "window/core_library_loader.h"
 
@@ -25,19 +24,6 @@ TEST_F(MainFlutterWindowTest, EarlyLinksAreKeptAndWhatIsNoTextIsNoLink) {
   send(kDeeplink, "flutterReady");
   EXPECT_EQ(takeTranscript(), (Lines{"norvane/deeplink urlOpened {\"url\":\"norvane://item/1\"}",
                                      "reply success null"}));
-}
-
-TEST_F(MainFlutterWindowTest, HandlersDoNotKeepTheWindowAlive) {
-  start();
-  auto window = MainFlutterWindow::first();
-  const auto engineOwner = window->contentViewController();
-  const std::weak_ptr<MainFlutterWindow> weak = window;
-  application().removeWindow(*window);
-  window.reset();
-  ASSERT_TRUE(weak.expired());
-
-  EXPECT_EQ(call(kDeeplink, "flutterReady"), "success null");
-  EXPECT_EQ(call(kDeeplink, "unknown"), "success null");
 }
 
 // Frames
@@ -70,14 +56,6 @@ TEST_F(MainFlutterWindowTest, WithoutAScreenTheFirstLaunchIsRepeated) {
   EXPECT_FALSE(userDefaults().boolForKey("NorvaneDidSetInitialFrameV4"));
   relaunch();
   EXPECT_EQ(mainFrame(), (NSRect{{250, 137.5}, {940, 600}}));
-}
-
-TEST_F(MainFlutterWindowTest, TheFrameComesBack) {
-  relaunch();
-  const NSRect moved{{-10.25, 30}, {1000, 700}};
-  MainFlutterWindow::first()->setFrame(moved, true, false);
-  relaunch();
-  EXPECT_EQ(mainFrame(), moved);
 }
 
 // The core library's candidates
