@@ -21,6 +21,7 @@
 #include "platform/log.h"
 #include "platform/session/session.h"
 #include "platform/x11/idle_time.h"
+#include "platform/x11/x11_focus.h"
 #include "platform/x11/x11_hotkeys.h"
 #include "platform/x11/x11_keyboard.h"
 #include "platform/x11/x11_properties.h"
@@ -329,6 +330,8 @@ TEST_F(X11Input, SecureEntryGoesWithTheFocusOfOurWindowsAndKeepsHotkeys) {
     const int enough = keyPresses + repetitions;
     EXPECT_TRUE(await([&] { return keyPresses >= enough; }));
     for (const unsigned key : {133, 51}) others.key(key, false);
+    // The server sends no key anywhere until the window manager has chosen who gets them.
+    EXPECT_TRUE(await([] { return xFocus() != 0; }));
     press(kCmdBackslash);
     EXPECT_TRUE(await([&] { return presses.size() >= 2; }));
     EXPECT_EQ(presses.size(), 2U);
