@@ -12,6 +12,12 @@
 namespace norvane {
 namespace {
 
+/// With the example core library.
+struct TestBundle : HeadlessBundle {
+  using HeadlessBundle::HeadlessBundle;
+  std::string bundlePath() const override { return NORVANE_TEST_BUNDLE; }
+};
+
 std::string jsonOf(FlutterValueView value) {
   JsonBuffer buffer;
   JsonWriter writer(buffer);
@@ -55,49 +61,24 @@ TemporaryDirectory::TemporaryDirectory() {
   path = ::mkdtemp(name.data());
 }
 
-struct HostTest::Process {
-  Process(HostTest& test, const Profile& profile)
-      : host(profile, test.directory.path, test.dispatch, [&test] { test.quitAsked = true; }),
-        keychain(host.keychain, test.keychainFault, test.keychainCalls),
-        credentialStore(host.credentialStore, test.credentialStore),
-        bundle(host.profile, test.bundlePath),
-        crypto(host.crypto, test.cryptoFault),
-        platform{
-            .application = host.application,
-            .appService = host.appService,
-            .carbonEvents = host.hotkeys,
-            .credentialIdentityStore = credentialStore,
-            .crypto = crypto,
-            .dispatch = test.dispatch,
-            .dynamicLoader = host.loader,
-            .eventSource = host.eventSource,
-            .fileManager = host.fileManager,
-            .flutter = host.ui,
-            .graphics = host.graphics,
-            .keyboardInput = host.keyboard,
-            .keychain = keychain,
-            .mainBundle = bundle,
-            .pasteboard = host.pasteboard,
-            .processInfo = host.desktop,
-            .screens = host.desktop,
-            .statusBar = host.statusBar,
-            .updater = host.updater,
-            .userDefaults = host.userDefaults,
-            .windowServer = host.desktop,
-            .workspace = host.desktop,
-        },
-        installed(platform) {
-    host.ui.setObserver(&test);
+struct HostTest::Process : HeadlessPlatform {
+  Process(HostTest& test, const Profile& initial)
+      : HeadlessPlatform(initial, test.directory.path, test.dispatch, [] {}),
+        keychain(HeadlessPlatform::keychain, test.keychainFault, test.keychainCalls),
+        credentialStore(HeadlessPlatform::credentialStore, test.credentialStore),
+        bundle(profile),
+        crypto(HeadlessPlatform::crypto, test.cryptoFault) {
+    ui.setObserver(&test);
   }
-  ~Process() { host.application.releaseAll(); }
+  ~Process() { application.releaseAll(); }
 
-  HeadlessPlatform host;
+  // In the place of those of the same names.
   FaultyKeychain keychain;
   HeldCredentialStore credentialStore;
-  MovedBundle bundle;
+  TestBundle bundle;
   FaultyCrypto crypto;
-  Platform platform;
-  ScopedPlatform installed;
+  const Platform platform = platformOf(*this);
+  const ScopedPlatform installed{platform};
 };
 
 HostTest::HostTest() : process_(std::make_unique<Process>(*this, Profile{})) {}
@@ -161,6 +142,6 @@ void HostTest::called(std::string_view /*engine*/, std::string_view channel, Byt
                         jsonOf(call->arguments()));
 }
 
-HeadlessPlatform& HostTest::host() { return process_->host; }
+HeadlessPlatform& HostTest::host() { return *process_; }
 
 }  // namespace norvane

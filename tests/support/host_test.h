@@ -58,14 +58,6 @@ class TemporaryDirectory {
   std::filesystem::path path;
 };
 
-/// A bundle that lies where the test wants it.
-struct MovedBundle : HeadlessBundle {
-  MovedBundle(const LiveProfile& profile, const std::string& at)
-      : HeadlessBundle(profile), path(at) {}
-  std::string bundlePath() const override { return path; }
-  const std::string& path;
-};
-
 /// One run of the host on the headless desktop, driven as its neighbours drive it: by a UI that
 /// speaks in bytes, and by a person at the desk.
 class HostTest : public ::testing::Test, public UiObserver {
@@ -103,12 +95,10 @@ class HostTest : public ::testing::Test, public UiObserver {
   RecordingLog log;
   const ScopedLog installedLog{log};
   VirtualDispatch dispatch;
-  std::string bundlePath = NORVANE_TEST_BUNDLE;  ///< by default with the example core library
   Fault keychainFault;
   Lines keychainCalls;  ///< "OPERATION ACCOUNT"
   Fault cryptoFault;
   HeldCredentialStore::Held credentialStore;
-  bool quitAsked = false;
 
  private:
   /// What ends with the process.

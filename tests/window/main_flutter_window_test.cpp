@@ -5,7 +5,6 @@
 #include <sys/stat.h>
 
 #include "support/host_test.h"
-#include "window/core_library_loader.h"
 
 namespace norvane {
 namespace {
@@ -30,7 +29,11 @@ TEST_F(MainFlutterWindowTest, EarlyLinksAreKeptAndWhatIsNoTextIsNoLink) {
 
 NSRect mainFrame() { return MainFlutterWindow::first()->frame(); }
 
-TEST_F(MainFlutterWindowTest, TheFirstLaunchCentresAFrameWithinItsLimits) {
+TEST_F(MainFlutterWindowTest, TheFirstLaunchWithAScreenCentresAFrameWithinItsLimits) {
+  Profile profile;
+  profile.screens.clear();
+  relaunch(profile);
+  EXPECT_FALSE(userDefaults().boolForKey("NorvaneDidSetInitialFrameV4"));
   struct Case {
     NSRect visible;
     NSRect expected;
@@ -40,39 +43,12 @@ TEST_F(MainFlutterWindowTest, TheFirstLaunchCentresAFrameWithinItsLimits) {
            Case{{{100, -50}, {780, 500}}, {{130, -100}, {720, 600}}},
            Case{{{0, 0}, {900, 700}}, {{40, 50}, {820, 600}}},
        }) {
-    std::filesystem::remove(directory.path / "user-defaults.json");
-    Profile profile;
     profile.screens = {Profile::Screen{visible}};
     relaunch(profile);
     EXPECT_EQ(mainFrame(), expected);
     EXPECT_TRUE(userDefaults().boolForKey("NorvaneDidSetInitialFrameV4"));
+    std::filesystem::remove(directory.path / "user-defaults.json");
   }
-}
-
-TEST_F(MainFlutterWindowTest, WithoutAScreenTheFirstLaunchIsRepeated) {
-  Profile profile;
-  profile.screens.clear();
-  relaunch(profile);
-  EXPECT_FALSE(userDefaults().boolForKey("NorvaneDidSetInitialFrameV4"));
-  relaunch();
-  EXPECT_EQ(mainFrame(), (NSRect{{250, 137.5}, {940, 600}}));
-}
-
-// The core library's candidates
-
-TEST_F(MainFlutterWindowTest, DevelopmentCandidatesLieEightLevelsAboveTheBundle) {
-  bundlePath = "/w/a/b/c/d/e/f/g/App.app";
-  EXPECT_EQ(candidatePaths(),
-            (std::vector<std::string>{
-                "/w/a/b/c/d/e/f/g/App.app/Contents/Frameworks/libffi_bridge.dylib",
-                "/w/target/debug/libffi_bridge.dylib", "/w/target/release/libffi_bridge.dylib"}));
-  bundlePath = "/App.app";
-  ::setenv("NORVANE_RUST_LIB_PATH", "", 1);
-  EXPECT_EQ(candidatePaths(),
-            (std::vector<std::string>{"", "/App.app/Contents/Frameworks/libffi_bridge.dylib",
-                                      "/target/debug/libffi_bridge.dylib",
-                                      "/target/release/libffi_bridge.dylib"}));
-  ::unsetenv("NORVANE_RUST_LIB_PATH");
 }
 
 TEST_F(MainFlutterWindowTest, ACandidateIsTheFileThatWasTestedAndNothingThatCouldHang) {
@@ -85,7 +61,8 @@ TEST_F(MainFlutterWindowTest, ACandidateIsTheFileThatWasTestedAndNothingThatCoul
     EXPECT_TRUE(host().loader.dlerror()) << path;
     EXPECT_FALSE(host().loader.dlerror()) << path;
   }
-  std::filesystem::create_symlink(bundlePath + "/Contents/Frameworks/libffi_bridge.dylib", "core");
+  std::filesystem::create_symlink(NORVANE_TEST_BUNDLE "/Contents/Frameworks/libffi_bridge.dylib",
+                                  "core");
   EXPECT_TRUE(host().loader.dlopen("core"));
   std::filesystem::current_path(before);
 }
