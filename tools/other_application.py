@@ -5,6 +5,8 @@ Usage: other_application.py editor       a window that says which keys it gets
        other_application.py hotkey       holds Super+backslash for itself
        other_application.py watcher      the desktop's place for status items; "click" clicks the
                                          one that registered last
+       other_application.py item         such a place, until an item has registered: writes the
+                                         name on the bus, and no more
 Prints a line for each thing that happens, "ready" first.
 """
 
@@ -56,6 +58,25 @@ def hotkey():
     return connection  # which holds the grab
 
 
+def offer_place(called):
+    """For status items; `called` hears of each that registers."""
+    bus = Gio.bus_get_sync(Gio.BusType.SESSION)
+    interface = Gio.DBusNodeInfo.new_for_xml(WATCHER).interfaces[0]
+    bus.register_object("/StatusNotifierWatcher", interface, called,
+                        lambda *_: GLib.Variant("b", True), None)
+    return bus
+
+
+def item():
+    def called(connection, sender, _path, _interface, _method, _arguments, invocation):
+        invocation.return_value(None)
+        connection.flush_sync()
+        print(sender, end="")
+        Gtk.main_quit()
+
+    Gio.bus_own_name_on_connection(offer_place(called), "org.kde.StatusNotifierWatcher", 0)
+
+
 def watcher():
     items = []
 
@@ -75,15 +96,13 @@ def watcher():
                  None, 0, 5000, None)
         return True
 
-    bus = Gio.bus_get_sync(Gio.BusType.SESSION)
-    interface = Gio.DBusNodeInfo.new_for_xml(WATCHER).interfaces[0]
-    bus.register_object("/StatusNotifierWatcher", interface, called,
-                        lambda *_: GLib.Variant("b", True), None)
+    bus = offer_place(called)
     Gio.bus_own_name_on_connection(bus, "org.kde.StatusNotifierWatcher", 0,
                                    lambda *_: say("ready"), None)
     GLib.io_add_watch(sys.stdin, GLib.PRIORITY_DEFAULT, GLib.IOCondition.IN, clicked)
 
 
 signal.signal(signal.SIGINT, signal.SIG_DFL)
-kept = {"editor": editor, "window": window, "hotkey": hotkey, "watcher": watcher}[sys.argv[1]]()
+kept = {"editor": editor, "window": window, "hotkey": hotkey, "watcher": watcher,
+        "item": item}[sys.argv[1]]()
 Gtk.main()

@@ -163,23 +163,6 @@ struct DesktopServices {
   }
 };
 
-/// The part of a panel that items announce themselves to: says which one does, and is gone.
-inline constexpr const char* kWatcher = R"(
-from gi.repository import Gio, GLib
-loop = GLib.MainLoop()
-def called(bus, sender, path, interface, method, arguments, invocation):
-    invocation.return_value(None)
-    bus.flush_sync()
-    print(arguments[0], end="")
-    loop.quit()
-node = Gio.DBusNodeInfo.new_for_xml("""<node><interface name="org.kde.StatusNotifierWatcher">
-  <method name="RegisterStatusNotifierItem"><arg type="s" direction="in"/></method>
-  </interface></node>""")
-bus = Gio.bus_get_sync(Gio.BusType.SESSION)
-bus.register_object("/StatusNotifierWatcher", node.interfaces[0], called)
-Gio.bus_own_name_on_connection(bus, "org.kde.StatusNotifierWatcher", 0)
-loop.run())";
-
 class DesktopStatusBar {
  public:
   static constexpr const char* kKey = "dialog-password-symbolic";
@@ -187,7 +170,8 @@ class DesktopStatusBar {
   NSStatusBar& statusBar() { return bar_; }
   /// Empty when no item announces itself to a panel that has just come up.
   std::string announcedItem() {
-    return outputOf({"/usr/bin/python3", "-c", kWatcher}).value_or("");
+    return outputOf({"/usr/bin/python3", NORVANE_TOOLS "/other_application.py", "item"})
+        .value_or("");
   }
   std::string seen() {
     return call("org.freedesktop.DBus.Properties.GetAll", {"org.kde.StatusNotifierItem"});
