@@ -91,14 +91,11 @@ class Lines(ConsoleTest):
         forged = "\n[Norvane] forged\r\x1b[2J\x7f\x85\x9b\u2028\u2029\t"
         library = shutil.copy(os.path.join(BUNDLE, LIBRARY), self.path(forged + ".dylib"))
         with self.start(NORVANE_RUST_LIB_PATH=library) as host:
-            host.call(**READY)
-            for link in ("norvane://" + forged, "norvane://?q=\U0001f511\"\\"):
+            for link in ("norvane://" + forged, "norvane://\0" + forged):
                 host.event("openURL", url=link)
-                self.assertEqual(host.next_ui_call()["arguments"], {"url": link})
-            host.event("openURL", url="norvane://\0" + forged)
             _, _, log = host.quit()
         self.assertEqual([sum(text in line for line in log) for text in
-                          (LOADED + self.root, "] received deeplink: ")], [1, 2], log)
+                          (LOADED + self.root, "] received deeplink: ")], [1, 1], log)
         for line in log:
             self.assertRegex(line, r"\A\[Norvane\] [^\x00-\x1f\x7f-\x9f\u2028\u2029]+\Z")
 

@@ -49,12 +49,11 @@ class QuickAccessTest : public HostTest {
 TEST_F(QuickAccessTest, TheFirstShowMakesEngineAndPanelTheLaterOnesReuseThem) {
   start();
   press();
-  const Lines first = takeTranscript();
-  ASSERT_EQ(first.size(), 9u) << "the start, seven plugins, shown";
-  EXPECT_TRUE(first[8].starts_with(
+  const std::string first = takeTranscript().back();
+  EXPECT_TRUE(first.starts_with(
       "cn.kestrio.norvane.qa_panel shown {\"identity\":\"org.example.editor\",\"name\":\"Editor\","
       "\"frontmostApp\":\"Editor\",\"iconPng\":{\"$bytes\":\"iVBOR"))
-      << first[8];
+      << first;
   EXPECT_FALSE(desktop().isActive());
 
   const NSWindow& panel = *application().windows().at(1);
@@ -82,9 +81,6 @@ TEST_F(QuickAccessTest, WhatIsCapturedOfTheFrontApplication) {
     controller().show();
     EXPECT_EQ(takeTranscript().back(), "cn.kestrio.norvane.qa_panel shown " + expected);
   }
-  application().activateIgnoringOtherApps();
-  controller().show();
-  EXPECT_EQ(takeTranscript().back(), "cn.kestrio.norvane.qa_panel shown {}") << "itself in front";
 }
 
 // A person at the desk, against a small model of the panel.

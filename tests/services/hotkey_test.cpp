@@ -123,14 +123,6 @@ TEST_F(HotkeyTest, WithoutAHandlerNothingIsTriedUntilTheChoiceChanges) {
   EXPECT_EQ(host().hotkeys.registered(), kRows[0].hotkey);
 }
 
-TEST_F(HotkeyTest, WithoutTheDelegateEveryCallIsAnError) {
-  start();
-  EXPECT_EQ(call(kConfig, "unknown"), "notImplemented");
-  application().setDelegate(nullptr);
-  EXPECT_EQ(call(kConfig, "setChoice"), "error no_app_delegate: (none), null");
-  EXPECT_EQ(call(kConfig, "unknown"), "error no_app_delegate: (none), null");
-}
-
 TEST_F(HotkeyTest, APressIsHandledInALaterTurnAndSurvivesAChangeOfChoice) {
   start();
   host().hotkeys.press({49, 6144});

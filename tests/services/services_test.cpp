@@ -1,5 +1,4 @@
 #include <fstream>
-#include <random>
 
 #include <unistd.h>
 
@@ -16,44 +15,29 @@ constexpr const char* kAbc = "com.example.keylayout.ABC";
 
 using ServicesTest = HostTest;
 
-TEST_F(ServicesTest, RandomSecureInputSequencesMatchACounter) {
-  std::mt19937 random = seededRandom();
-  for (int sequence = 0; sequence < 100; ++sequence) {
-    Profile profile;
-    const bool hasAscii = random() % 2;
-    if (!hasAscii) profile.asciiInputSource.reset();
-    start(profile);
-    int count = 0;
-    std::string current = kPinyin;
-    std::string saved;
-    for (int step = 0; step < 30; ++step) {
-      switch (random() % 3) {
-        case 0:
-          EXPECT_EQ(call(kSecureInput, "enable"), "success null");
-          if (count++ == 0) {
-            saved = current;
-            if (hasAscii) current = kAbc;
-          }
-          break;
-        case 1:
-          EXPECT_EQ(call(kSecureInput, "disable"), "success null");
-          if (count == 1) current = saved;
-          count = std::max(count - 1, 0);
-          break;
-        default:
-          current = random() % 2 ? kPinyin : kAbc;
-          host().keyboard.select(current);
-      }
-      ASSERT_EQ(host().keyboard.isSecure(), count > 0);
-      ASSERT_EQ(host().keyboard.inputSource(), current);
-      ASSERT_EQ(MainFlutterWindow::first()->secureInputRefCount, count);
-    }
+TEST_F(ServicesTest, SecureInputIsCountedAndGivesBackTheLayoutOfItsBeginning) {
+  const auto expect = [&](const char* method, int count, const char* layout) {
+    EXPECT_EQ(call(kSecureInput, method), "success null");
+    EXPECT_EQ(MainFlutterWindow::first()->secureInputRefCount, count);
+    EXPECT_EQ(host().keyboard.isSecure(), count > 0);
+    EXPECT_EQ(host().keyboard.inputSource(), layout) << method << ", then " << count;
+  };
+  start();
+  for (const char* layout : {kPinyin, kAbc}) {
+    expect("enable", 1, kAbc);
+    host().keyboard.select(kPinyin);
+    expect("enable", 2, kPinyin);
+    host().keyboard.select(kAbc);
+    expect("disable", 1, kAbc);
+    host().keyboard.select(kPinyin);
+    expect("disable", 0, layout);
+    host().keyboard.select(kAbc);
+    host().keyboard.EnableSecureEventInput();
+    expect("disable", 0, kAbc);  // one too many still turns it off
   }
-  host().keyboard.EnableSecureEventInput();
-  while (MainFlutterWindow::first()->secureInputRefCount > 0) call(kSecureInput, "disable");
-  host().keyboard.EnableSecureEventInput();
-  call(kSecureInput, "disable");
-  EXPECT_FALSE(host().keyboard.isSecure()) << "a disable too many still turns it off";
+  change(R"({"asciiInputSource":null})");
+  host().keyboard.select(kPinyin);
+  expect("enable", 1, kPinyin);
 }
 
 TEST_F(ServicesTest, TheLoginItemIsKeptOnDiskAndItsFailuresAreLogged) {
@@ -126,7 +110,12 @@ TEST_F(ServicesTest, AWindowOrADelegateThatHasGoneIsAnsweredFor) {
     EXPECT_EQ(call("cn.kestrio.norvane.window", method), "error no_window: (none), null");
   }
   EXPECT_FALSE(host().keyboard.isSecure());
+  const std::string config = "cn.kestrio.norvane.hotkey.config";
+  EXPECT_EQ(call(config, "unknown"), "notImplemented");
   application().setDelegate(nullptr);
+  for (const char* method : {"setChoice", "unknown"}) {
+    EXPECT_EQ(call(config, method), "error no_app_delegate: (none), null");
+  }
   host().updater.setObserver([] { FAIL() << "nobody is there to ask for it"; });
   EXPECT_EQ(call("cn.kestrio.norvane.updater", "check"), "success null");
 }

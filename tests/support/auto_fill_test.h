@@ -21,11 +21,6 @@ inline const Sealed kSnapshot{"syncVaultSnapshot", "autofill_sync_snapshot_faile
 inline const Sealed kPasskeys{"syncPasskeyIndex", "passkey_sync_failed", "passkey-session-key",
                               "passkey_index.enc"};
 
-using Entries = std::vector<std::map<std::string, std::string>>;
-
-/// Reads a JSON array of objects whose members are texts, none of them twice. Throws otherwise.
-Entries parseEntries(std::string_view json);
-
 /// What a sealed envelope holds; nothing when it does not open.
 std::optional<std::string> openEnvelope(std::span<const std::uint8_t> key,
                                         std::string_view envelope);

@@ -9,18 +9,6 @@ namespace norvane {
 
 using nlohmann::json;
 
-Entries parseEntries(std::string_view text) {
-  std::size_t keys = 0;
-  const json array = json::parse(text, [&](int, json::parse_event_t event, const json&) {
-    keys += event == json::parse_event_t::key;
-    return true;
-  });
-  std::size_t members = 0;
-  for (const json& entry : array) members += entry.size();
-  if (keys != members) throw std::runtime_error("a member twice");
-  return array.get<Entries>();
-}
-
 std::optional<std::string> openEnvelope(std::span<const std::uint8_t> key,
                                         std::string_view envelope) {
   constexpr std::size_t kNonce = 12;
@@ -69,7 +57,7 @@ std::string Extension::read(const Sealed& sealed) const {
   if (!envelope) return found ? "only a key" : "none";
   if (!found) return "only a file";
   const auto text = openEnvelope(*found, *envelope);
-  return text ? json(parseEntries(*text)).dump() : "misfit";
+  return text ? json::parse(*text).dump() : "misfit";
 }
 
 std::vector<std::string> Extension::leftovers() const {

@@ -8,7 +8,6 @@
 #include <vector>
 
 #include <gio/gdesktopappinfo.h>
-#include <libsecret/secret.h>
 
 #include "contract.h"
 #include "desktop_worlds.h"
@@ -52,20 +51,7 @@ TEST_F(RealServices, DISABLED_InAnotherSession) {
   EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2)) << "a dialog waits";
 }
 
-TEST_F(RealServices, AnItemIsThereForOthersAndALockedOrNewKeyringIsSaidSoAtOnce) {
-  keychain.SecItemAdd(kMine, {kSecond, "a"}, false);
-  EXPECT_EQ(keychain.SecItemUpdate(kAny, {kFirst, "b"}), errSecSuccess);
-  constexpr SecretSchema kSchema = {
-      "", SECRET_SCHEMA_DONT_MATCH_NAME, {{"access-group"}, {"accessible"}, {"synchronizable"}}};
-  SecretValue* value =
-      secret_password_lookup_binary_sync(&kSchema, nullptr, nullptr, "access-group", "TEAM.mine",
-                                         "accessible", "b", "synchronizable", "false", nullptr);
-  ASSERT_TRUE(value);
-  gsize size = 0;
-  const char* bytes = secret_value_get(value, &size);
-  EXPECT_EQ(std::vector<std::uint8_t>(bytes, bytes + size), kFirst);
-  secret_value_unref(value);
-
+TEST_F(RealServices, ALockedOrNewKeyringIsSaidSoAtOnce) {
   for (const std::string session :
        {"export FOUND=-25308 ADDED=-25308 XDG_RUNTIME_DIR=$(mktemp -d -p $HOME); dbus-run-session ",
         // There is none yet.
