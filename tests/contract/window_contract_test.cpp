@@ -17,6 +17,7 @@
 #include "platform/linux/glib_handles.h"
 #include "platform/linux/stderr_log.h"
 #include "platform/ns_panel.h"
+#include "platform/ui/played_ui.h"
 #include "platform/x11/x11_properties.h"
 #include "real_desktop.h"
 
@@ -52,7 +53,8 @@ struct HeadlessWorld : World {
 };
 
 struct RealWorld : World {
-  GtkPlatform host{directory, dispatch, [] {}};
+  PlayedUi ui;
+  GtkPlatform host{directory, dispatch, ui, [] {}};
 
   static GtkWindow* shownWindow() {
     const std::unique_ptr<GList, Deleter<g_list_free>> all(gtk_window_list_toplevels());

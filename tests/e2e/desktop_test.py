@@ -52,7 +52,7 @@ class BareDesktop(HostTest):
                      "WAYLAND_DISPLAY"):
             os.environ.pop(name, None)
         self.display, number = self.serve("Xvfb", "-displayfd", "1", "-screen", "0", "1440x900x24",
-                                          "-nolisten", "tcp")
+                                          "-nolisten", "tcp", "-noreset")
         self.bus, address = self.serve("dbus-daemon", "--nofork", "--print-address=1",
                                        "--config-file", write(self.path("bus.conf"), BUS))
         os.environ |= {"DISPLAY": ":" + number, "DBUS_SESSION_BUS_ADDRESS": address}

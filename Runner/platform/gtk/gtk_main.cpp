@@ -15,6 +15,7 @@
 #include "platform/session/journal_log.h"
 #include "platform/session/session.h"
 #include "platform/session/single_instance.h"
+#include "platform/ui/played_ui.h"
 #include "platform/x11/display_end.h"
 
 namespace norvane {
@@ -121,15 +122,16 @@ int runGtk(const CommandLine& commandLine, const MainInterface& mainInterface) {
     return 0;
   }
   std::optional<DataDirectory> directory;
+  PlayedUi ui;
   std::optional<GtkPlatform> host;
   const auto refused = openHost(commandLine.dataDirectory, directory, [&](const std::string& path) {
     host.emplace(
-        path, dispatch, [&] { dispatch.quit(); }, forbidUnlessAllowed);
+        path, dispatch, ui, [&] { dispatch.quit(); }, forbidUnlessAllowed);
   });
   if (refused) return *refused;
   endWithDisplay();
   std::optional<Console> console;
-  if (commandLine.console) console.emplace(host->ui, dispatch, &refuseDesktopEvent);
+  if (commandLine.console) console.emplace(ui.embedder(), dispatch, &refuseDesktopEvent);
   quitOnSignals(dispatch);
   host->desktop.launch(mainInterface, /*takesKeyboard=*/!commandLine.atLogin);
   if (isLookedInto && !commandLine.allowDebugger) forbidDebuggersLater();
