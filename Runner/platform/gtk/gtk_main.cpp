@@ -1,6 +1,8 @@
 #include "platform/gtk/gtk_main.h"
 
 #include <csignal>
+#include <filesystem>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -12,9 +14,11 @@
 #include "platform/linux/glib_dispatch.h"
 #include "platform/linux/host_process.h"
 #include "platform/linux/process.h"
+#include "platform/session/desktop_bundle.h"
 #include "platform/session/journal_log.h"
 #include "platform/session/session.h"
 #include "platform/session/single_instance.h"
+#include "platform/ui/library_ui.h"
 #include "platform/ui/played_ui.h"
 #include "platform/x11/display_end.h"
 
@@ -23,16 +27,38 @@ namespace {
 
 constexpr const char* kApplicationId = "cn.kestrio.norvane";
 
+/// Where the bundle carries a UI, and where it is looked for otherwise.
+UiBundle uiBundleFor(const CommandLine& commandLine) {
+  const std::string carried = DesktopBundle().bundlePath() + "/Contents/Frameworks/App.bundle";
+  return UiBundle(std::filesystem::absolute(commandLine.uiBundle.value_or(carried)));
+}
+
+/// What plays the UI.
+struct Ui {
+  std::unique_ptr<WindowUi> windows;
+  ScriptedUi* scripted = nullptr;  ///< of `windows`, for the console to play as well
+};
+
+Ui makeUi(UiChoice choice, const CommandLine& commandLine) {
+  if (choice == UiChoice::bundle) {
+    return {std::make_unique<LibraryUi>(uiBundleFor(commandLine), commandLine.uiArguments,
+                                        DesktopBundle().infoTexts("UIPlugins"))};
+  }
+  auto played = std::make_unique<PlayedUi>();
+  ScriptedUi& scripted = played->embedder();
+  return {std::move(played), &scripted};
+}
+
 /// False without a display that can be used.
-bool initToolkit() {
+bool initToolkit(bool drawsWithGl) {
   g_set_prgname(kApplicationId);  // by which desktops find the application's entry
   g_set_application_name("Norvane");
   gdk_set_allowed_backends("x11");
   gdk_set_program_class(kApplicationId);
   // The built-in views draw without GL, whose libraries the toolkit would load for the first
-  // program of a display; a UI engine that draws with it would leave this out. It is read here and
-  // no more, so that programs that the host starts do not inherit it.
-  if (!environmentVariable("GDK_GL")) {
+  // program of a display. It is read here and no more, so that programs that the host starts do not
+  // inherit it.
+  if (!drawsWithGl && !environmentVariable("GDK_GL")) {
     g_setenv("GDK_GL", "disable", FALSE);
     gdk_parse_args(nullptr, nullptr);
     g_unsetenv("GDK_GL");
@@ -105,7 +131,9 @@ int runGtk(const CommandLine& commandLine, const MainInterface& mainInterface) {
     if (!commandLine.allowDebugger) forbidDebuggers();
   };
   if (!isLookedInto) forbidUnlessAllowed();
-  if (!initToolkit()) {
+  const UiChoice choice = commandLine.ui.value_or(
+      uiBundleFor(commandLine).exists() ? UiChoice::bundle : UiChoice::explorer);
+  if (!initToolkit(/*drawsWithGl=*/choice == UiChoice::bundle)) {
     return refuse(kExitNoDesktop,
                   "the display cannot be used; --platform headless runs without one");
   }
@@ -122,16 +150,16 @@ int runGtk(const CommandLine& commandLine, const MainInterface& mainInterface) {
     return 0;
   }
   std::optional<DataDirectory> directory;
-  PlayedUi ui;
+  const Ui ui = makeUi(choice, commandLine);
   std::optional<GtkPlatform> host;
   const auto refused = openHost(commandLine.dataDirectory, directory, [&](const std::string& path) {
     host.emplace(
-        path, dispatch, ui, [&] { dispatch.quit(); }, forbidUnlessAllowed);
+        path, dispatch, *ui.windows, [&] { dispatch.quit(); }, forbidUnlessAllowed);
   });
   if (refused) return *refused;
   endWithDisplay();
   std::optional<Console> console;
-  if (commandLine.console) console.emplace(ui.embedder(), dispatch, &refuseDesktopEvent);
+  if (commandLine.console) console.emplace(*ui.scripted, dispatch, &refuseDesktopEvent);
   quitOnSignals(dispatch);
   host->desktop.launch(mainInterface, /*takesKeyboard=*/!commandLine.atLogin);
   if (isLookedInto && !commandLine.allowDebugger) forbidDebuggersLater();
