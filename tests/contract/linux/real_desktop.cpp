@@ -15,6 +15,10 @@ class Toolkit : public testing::Environment {
   void SetUp() override { ASSERT_TRUE(gtk_init_check(nullptr, nullptr)); }
 };
 
+// The autostart folder is emptied: never the person's own.
+[[maybe_unused]] const bool kOwnFolder =
+    g_setenv("XDG_CONFIG_HOME", (std::string(g_get_user_runtime_dir()) + "/config").c_str(), TRUE);
+
 [[maybe_unused]] const auto* toolkit = testing::AddGlobalTestEnvironment(new Toolkit);
 
 }  // namespace
