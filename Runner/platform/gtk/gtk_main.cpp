@@ -27,26 +27,21 @@ namespace {
 
 constexpr const char* kApplicationId = "cn.kestrio.norvane";
 
-/// Where the bundle carries a UI, and where it is looked for otherwise.
+/// Where the UI lies that is played: in the bundle, unless the command line says otherwise.
 UiBundle uiBundleFor(const CommandLine& commandLine) {
   const std::string carried = DesktopBundle().bundlePath() + "/Contents/Frameworks/App.bundle";
   return UiBundle(std::filesystem::absolute(commandLine.uiBundle.value_or(carried)));
 }
 
-/// What plays the UI.
-struct Ui {
-  std::unique_ptr<WindowUi> windows;
-  ScriptedUi* scripted = nullptr;  ///< of `windows`, for the console to play as well
-};
-
-Ui makeUi(UiChoice choice, const CommandLine& commandLine) {
-  if (choice == UiChoice::bundle) {
-    return {std::make_unique<LibraryUi>(uiBundleFor(commandLine), commandLine.uiArguments,
-                                        DesktopBundle().infoTexts("UIPlugins"))};
+/// The UI that the command line names, and in `scripted` what the console plays, if that is it.
+std::unique_ptr<WindowUi> makeUi(const CommandLine& commandLine, ScriptedUi*& scripted) {
+  if (commandLine.ui == UiChoice::console) {
+    auto played = std::make_unique<PlayedUi>();
+    scripted = &played->embedder();
+    return played;
   }
-  auto played = std::make_unique<PlayedUi>();
-  ScriptedUi& scripted = played->embedder();
-  return {std::move(played), &scripted};
+  return std::make_unique<LibraryUi>(uiBundleFor(commandLine), commandLine.uiArguments,
+                                     DesktopBundle().infoTexts("UIPlugins"));
 }
 
 /// False without a display that can be used.
@@ -131,9 +126,9 @@ int runGtk(const CommandLine& commandLine, const MainInterface& mainInterface) {
     if (!commandLine.allowDebugger) forbidDebuggers();
   };
   if (!isLookedInto) forbidUnlessAllowed();
-  const UiChoice choice = commandLine.ui.value_or(
-      uiBundleFor(commandLine).exists() ? UiChoice::bundle : UiChoice::explorer);
-  if (!initToolkit(/*drawsWithGl=*/choice == UiChoice::bundle)) {
+  const bool drawsWithGl =
+      commandLine.ui == UiChoice::bundle && uiBundleFor(commandLine).missing().empty();
+  if (!initToolkit(drawsWithGl)) {
     return refuse(kExitNoDesktop,
                   "the display cannot be used; --platform headless runs without one");
   }
@@ -150,16 +145,17 @@ int runGtk(const CommandLine& commandLine, const MainInterface& mainInterface) {
     return 0;
   }
   std::optional<DataDirectory> directory;
-  const Ui ui = makeUi(choice, commandLine);
+  ScriptedUi* scripted = nullptr;
+  const auto ui = makeUi(commandLine, scripted);
   std::optional<GtkPlatform> host;
   const auto refused = openHost(commandLine.dataDirectory, directory, [&](const std::string& path) {
     host.emplace(
-        path, dispatch, *ui.windows, [&] { dispatch.quit(); }, forbidUnlessAllowed);
+        path, dispatch, *ui, [&] { dispatch.quit(); }, forbidUnlessAllowed);
   });
   if (refused) return *refused;
   endWithDisplay();
   std::optional<Console> console;
-  if (commandLine.console) console.emplace(*ui.scripted, dispatch, &refuseDesktopEvent);
+  if (scripted) console.emplace(*scripted, dispatch, &refuseDesktopEvent);
   quitOnSignals(dispatch);
   host->desktop.launch(mainInterface, /*takesKeyboard=*/!commandLine.atLogin);
   if (isLookedInto && !commandLine.allowDebugger) forbidDebuggersLater();

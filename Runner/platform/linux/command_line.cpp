@@ -1,8 +1,6 @@
 #include "platform/linux/command_line.h"
 
-#include <algorithm>
 #include <cstdio>
-#include <iterator>
 #include <memory>
 #include <string_view>
 
@@ -33,13 +31,6 @@ CommandLine usageError(const std::string& message) {
   return refused(kExitUsage, message + " (try --help)");
 }
 
-struct NamedUi {
-  std::string_view name;
-  UiChoice ui;
-};
-constexpr NamedUi kUis[] = {
-    {"bundle", UiChoice::bundle}, {"console", UiChoice::console}, {"explorer", UiChoice::explorer}};
-
 bool isLink(const char* argument) {
   const GTextPtr scheme(g_uri_parse_scheme(argument));
   return scheme && g_ascii_strcasecmp(scheme.get(), "norvane") == 0;
@@ -54,7 +45,6 @@ CommandLine parseCommandLine(int argc, char** argv) {
   char* uiArgument = nullptr;
   char* bundleArgument = nullptr;
   char** programArguments = nullptr;
-  gboolean console = FALSE;
   gboolean allowDebugger = FALSE;
   gboolean atLogin = FALSE;
   gboolean quit = FALSE;
@@ -66,16 +56,11 @@ CommandLine parseCommandLine(int argc, char** argv) {
       {"desktop", 0, 0, G_OPTION_ARG_FILENAME, &profileArgument, "Describes the headless desktop",
        "PROFILE.json"},
       {"ui", 0, 0, G_OPTION_ARG_STRING, &uiArgument,
-       "What plays the UI on the gtk platform: bundle, console or explorer; by default the "
-       "bundle's "
-       "UI or, where it has none, the explorer",
-       "NAME"},
+       "What plays the UI on the gtk platform: bundle, the default, or console", "NAME"},
       {"ui-bundle", 0, 0, G_OPTION_ARG_FILENAME, &bundleArgument,
        "Where the UI lies that is played, instead of in Norvane.app", "DIR"},
       {"ui-argument", 0, 0, G_OPTION_ARG_STRING_ARRAY, &programArguments,
        "Hand TEXT to the UI program, behind the host's own arguments; may be repeated", "TEXT"},
-      {"console", 0, 0, G_OPTION_ARG_NONE, &console,
-       "With the explorer: speak the console protocol as well", nullptr},
       {"allow-debugger", 0, 0, G_OPTION_ARG_NONE, &allowDebugger,
        "Let processes of the same user look into this one", nullptr},
       {"at-login", 0, 0, G_OPTION_ARG_NONE, &atLogin,
@@ -95,7 +80,7 @@ CommandLine parseCommandLine(int argc, char** argv) {
       "LINK is an address that begins with norvane: and goes to the instance that runs already,\n"
       "where one does. On the headless desktop, with --ui console and with --console, standard "
       "input\n"
-      "and output speak the console protocol: one JSON object a line, see docs/console.md.");
+      "speak the console protocol: one JSON object a line, see docs/console.md.");
   g_option_context_add_main_entries(context.get(), entries, nullptr);
   g_option_context_set_help_enabled(context.get(), FALSE);
   gboolean help = FALSE;
@@ -143,16 +128,12 @@ CommandLine parseCommandLine(int argc, char** argv) {
     if (!isWellFormedUtf8(*argument)) return refused(kExitBadData, "a link must be UTF-8");
     commandLine.links.emplace_back(*argument);
   }
-  if (ui) {
-    const auto named = std::ranges::find(kUis, std::string_view(ui.get()), &NamedUi::name);
-    if (named == std::end(kUis)) return usageError(std::string("no UI is named ") + ui.get());
-    commandLine.ui = named->ui;
-  }
-  if (uiBundle && commandLine.ui.value_or(UiChoice::bundle) != UiChoice::bundle) {
-    return usageError(std::string("--ui-bundle is not played with --ui ") + ui.get());
-  }
-  if (console && commandLine.ui == UiChoice::bundle) {
-    return usageError("--console speaks to the explorer, not to the bundle's UI");
+  if (ui && std::string_view("bundle") != ui.get()) {
+    if (std::string_view("console") != ui.get()) {
+      return usageError(std::string("no UI is named ") + ui.get());
+    }
+    if (uiBundle) return usageError("--ui-bundle is not played with --ui console");
+    commandLine.ui = UiChoice::console;
   }
   if (profile && !commandLine.headless) {
     return usageError("--desktop describes the headless desktop: add --platform headless");
@@ -166,16 +147,10 @@ CommandLine parseCommandLine(int argc, char** argv) {
   }
   commandLine.dataDirectory = directory ? directory.get() : DataDirectory::defaultPath();
   if (profile) commandLine.desktopProfile = profile.get();
-  if (uiBundle) {
-    commandLine.ui = UiChoice::bundle;
-    commandLine.uiBundle = uiBundle.get();
-  } else if (console && !commandLine.ui) {
-    commandLine.ui = UiChoice::explorer;
-  }
+  if (uiBundle) commandLine.uiBundle = uiBundle.get();
   for (char** text = uiArguments.get(); text && *text; ++text) {
     commandLine.uiArguments.emplace_back(*text);
   }
-  commandLine.console = console || commandLine.ui == UiChoice::console;
   commandLine.allowDebugger = allowDebugger;
   commandLine.atLogin = atLogin;
   commandLine.quit = quit;

@@ -37,7 +37,10 @@ EngineLibrary::EngineLibrary(const std::string& path) {
   if (!handle) throw std::runtime_error(::dlerror());  // which begins with the path
   const auto find = [&](auto& function, const char* name, bool isNeeded = true) {
     void* const symbol = ::dlsym(handle, name);
-    if (!symbol && isNeeded) refuse(std::string("lacks ") + name);
+    if (!symbol && isNeeded) {
+      ::dlclose(handle);
+      refuse(std::string("lacks ") + name);
+    }
     function = reinterpret_cast<std::remove_reference_t<decltype(function)>>(symbol);
   };
   find(dart_project_new, "fl_dart_project_new");

@@ -124,6 +124,10 @@ void LibraryEngine::fail(const std::string& reason) {
   fillFrame();
 }
 
+bool LibraryEngine::isUnused() const {
+  return bound_.empty() && !view_ && !frame_ && failure_.empty();
+}
+
 void LibraryEngine::fillFrame() {
   if (!frame_) return;
   if (!failure_.empty()) {

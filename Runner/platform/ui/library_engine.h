@@ -34,6 +34,8 @@ class LibraryEngine {
   /// There is no view; the frame says why.
   void fail(const std::string& reason);
 
+  /// Whether it neither runs nor is waited for.
+  bool isUnused() const;
   void registerPlugin(const std::string& plugin);
   void bind(std::string_view channel);
   void unbind(std::string_view channel);

@@ -3,6 +3,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "base/utf8.h"
 #include "platform/flutter/flutter_view_controller.h"
 #include "platform/log.h"
 #include "platform/ui/renderer.h"
@@ -32,12 +33,13 @@ void LibraryUi::open() {
   if (library_ || !failure_.empty()) return;
   try {
     const auto missing = bundle_.missing();
+    if (!bundle_.exists()) throw std::runtime_error("there is none in " + bundle_.directory());
     if (!missing.empty()) throw std::runtime_error(missing.front() + " is missing");
     chooseRenderer();
     library_ = std::make_shared<const EngineLibrary>(bundle_.library());
     plugins_.emplace(bundle_.pluginLibraries());
   } catch (const std::exception& error) {
-    failure_ = std::string("The user interface cannot run: ") + error.what();
+    failure_ = "The user interface cannot run: " + utf8Of(error.what());
     NSLog("[Norvane] the user interface cannot run: " + std::string(error.what()));
   }
 }
@@ -74,7 +76,9 @@ void LibraryUi::channelBound(FlutterEngine& engine, std::string_view channel) {
 }
 
 void LibraryUi::channelUnbound(FlutterEngine& engine, std::string_view channel) {
-  of(engine).unbind(channel);
+  const auto found = engines_.find(&engine);
+  found->second.unbind(channel);
+  if (found->second.isUnused()) engines_.erase(found);  // an engine that never ran has no other end
 }
 
 void LibraryUi::registerPlugin(std::string_view plugin, const FlutterPluginRegistrar& registrar) {

@@ -17,7 +17,7 @@ class UiBundle {
   std::string localeData() const { return directory_ + "/data/icudtl.dat"; }
   std::string assets() const { return directory_ + "/data/flutter_assets"; }
 
-  /// Whether there is anything at all; a bundle that lacks a part exists.
+  /// Whether there is anything at all.
   bool exists() const;
   /// The paths of what a bundle has to have and this one lacks.
   std::vector<std::string> missing() const;
