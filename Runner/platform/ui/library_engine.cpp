@@ -113,6 +113,9 @@ void LibraryEngine::start(std::shared_ptr<const EngineLibrary> library,
   latePlugins_ = std::move(latePlugins);
   GtkWidget* const view = reinterpret_cast<GtkWidget*>(library_->view_new(project));
   view_.reset(static_cast<GtkWidget*>(g_object_ref_sink(view)));
+  messenger_.reset(
+      static_cast<FlBinaryMessenger*>(g_object_ref(library_->engine_get_binary_messenger(
+          library_->view_get_engine(reinterpret_cast<FlView*>(view))))));
   // After the library's own, in which its engine starts: that of a child of the view's.
   g_signal_connect_after(view, "map", G_CALLBACK(&LibraryEngine::shown), this);
   for (const std::string& channel : bound_) setHandler(channel);
@@ -153,11 +156,6 @@ void LibraryEngine::shown(GtkWidget* view, LibraryEngine* self) {
   }
 }
 
-FlBinaryMessenger* LibraryEngine::messenger() const {
-  FlView* const view = reinterpret_cast<FlView*>(view_.get());
-  return library_->engine_get_binary_messenger(library_->view_get_engine(view));
-}
-
 // The library tells nobody that its engine could not start, but for an error of what is sent then.
 // A UI program need not know the channel: nothing comes of an answer.
 void LibraryEngine::reportWhetherItRuns() {
@@ -174,7 +172,7 @@ void LibraryEngine::reportWhetherItRuns() {
     if (!error) return;
     NSLog("[Norvane] the UI of engine \"" + question->name + "\" does not run: " + error->message);
   };
-  library_->messenger_send(messenger(), "norvane/host", nullptr, nullptr, answered,
+  library_->messenger_send(messenger_.get(), "norvane/host", nullptr, nullptr, answered,
                            new Question{library_, engine_.name()});
 }
 
@@ -199,13 +197,13 @@ void LibraryEngine::unbind(std::string_view channel) {
   const auto bound = bound_.find(channel);
   if (bound == bound_.end()) return;
   if (view_) {
-    library_->messenger_set_handler(messenger(), bound->c_str(), nullptr, nullptr, nullptr);
+    library_->messenger_set_handler(messenger_.get(), bound->c_str(), nullptr, nullptr, nullptr);
   }
   bound_.erase(bound);
 }
 
 void LibraryEngine::setHandler(const std::string& channel) {
-  library_->messenger_set_handler(messenger(), channel.c_str(), &deliver,
+  library_->messenger_set_handler(messenger_.get(), channel.c_str(), &deliver,
                                   new Binding{library_, engine_.binaryMessenger(), channel},
                                   [](gpointer binding) { delete static_cast<Binding*>(binding); });
 }
@@ -222,8 +220,8 @@ void LibraryEngine::send(std::string_view channel, Bytes message) {
 
 void LibraryEngine::post(std::string_view channel, Bytes message) {
   const GBytesPtr bytes = libraryBytes(std::move(message));
-  library_->messenger_send(messenger(), std::string(channel).c_str(), bytes.get(), nullptr, nullptr,
-                           nullptr);
+  library_->messenger_send(messenger_.get(), std::string(channel).c_str(), bytes.get(), nullptr,
+                           nullptr, nullptr);
 }
 
 }  // namespace norvane

@@ -44,7 +44,6 @@ class LibraryEngine {
 
  private:
   static void shown(GtkWidget* view, LibraryEngine* self);
-  FlBinaryMessenger* messenger() const;
   void setHandler(const std::string& channel);
   void post(std::string_view channel, Bytes message);
   void fillFrame();
@@ -57,6 +56,7 @@ class LibraryEngine {
   GtkWidget* frame_ = nullptr;  // the window's; null when it is gone
   bool isClear_ = false;
   GObjectPtr<GtkWidget> view_;
+  GObjectPtr<FlBinaryMessenger> messenger_;  // the view's, which a window may destroy before us
   std::string failure_;
   std::set<std::string, std::less<>> bound_;
   Outbox outbox_;

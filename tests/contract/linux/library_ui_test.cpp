@@ -7,12 +7,15 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <optional>
+#include <set>
 #include <string>
 
 #include <dlfcn.h>
 
 #include "desktop_worlds.h"
 #include "engine/fake_engine.h"
+#include "platform/flutter/flutter_method_channel.h"
 #include "platform/flutter/flutter_view_controller.h"
 #include "window/plugin_registrant.h"
 
@@ -204,6 +207,61 @@ TEST_F(LibraryUiTest, AnEngineThatDoesNotStartIsLogged) {
   EXPECT_TRUE(await(
       [&] { return log.last.find("\"test\" does not run: No engine") != std::string::npos; }));
   close();
+}
+
+std::size_t coloursIn(GtkWidget* widget) {
+  const GObjectPtr<GdkPixbuf> seen(
+      gdk_pixbuf_get_from_window(gtk_widget_get_window(widget), 200, 100, 200, 200));
+  std::set<std::string> colours;
+  for (int at = 0; at < 200 * 200; ++at) {
+    const auto* pixel = gdk_pixbuf_read_pixels(seen.get()) +
+                        at / 200 * gdk_pixbuf_get_rowstride(seen.get()) +
+                        at % 200 * gdk_pixbuf_get_n_channels(seen.get());
+    colours.emplace(pixel, pixel + 3);
+  }
+  return colours.size();
+}
+
+// A real program on the real library. It asks a plugin for the window before it draws, and again
+// whenever it hears from it: the plugin is played here.
+TEST(RealUiTest, DartsCallsReachAHandlerOfOursAndOursReachDart) {
+  const fs::path bundle = NORVANE_UI_BUNDLE;
+  if (!fs::exists(bundle)) GTEST_SKIP() << "no UI bundle to be had";
+  ::setenv("FLUTTER_LINUX_RENDERER", "software", 1);
+  const std::string home = std::getenv("HOME");
+  GlibDispatch dispatch;
+  CountingLog log;
+  const ScopedLog installedLog{log};
+  LibraryUi ui(UiBundle(bundle), {home + "/a", home + "/b", home + "/c"}, {});
+  GtkPlatform host(home, dispatch, ui, [] {});
+  auto controller = std::make_shared<FlutterViewController>();
+  FlutterMethodChannel channel("window_manager", controller->engine().binaryMessenger());
+  std::set<std::string, std::less<>> called;
+  bool hasMoved = false;
+  std::optional<FlutterResult> open;  // stays without an answer
+  channel.setMethodCallHandler([&](const FlutterMethodCall& call, FlutterResult result) {
+    called.emplace(call.method());
+    if (call.method() == "getBounds") {
+      result(FlutterMap{{"x", 1.0}, {"y", 2.0}, {"width", 600.0}, {"height", 400.0}});
+    } else if (call.method() == "isFullScreen" && hasMoved && !open) {
+      open.emplace(std::move(result));
+    } else {
+      result(call.method().starts_with("is") ? FlutterValue(false) : FlutterValue(nullptr));
+    }
+  });
+  const auto window = host.application.makeWindow<NSWindow>(NSRect{{0, 0}, {600, 400}}, kOrdinary);
+  window->setContentViewController(controller);
+  window->makeKeyAndOrderFront();
+  EXPECT_TRUE(await([&] { return called.contains("getBounds"); }));
+  EXPECT_TRUE(await([] { return coloursIn(GTK_WIDGET(DesktopWindows::shownWindow())) > 3; }));
+  hasMoved = true;
+  called.clear();
+  channel.invokeMethod("onEvent", FlutterMap{{"eventName", "moved"}});
+  EXPECT_TRUE(await([&] { return open && called.contains("getBounds"); }));
+  host.application.removeWindow(*window);
+  controller.reset();
+  (*open)(false);
+  EXPECT_EQ(log.records, 0) << log.last;
 }
 
 }  // namespace
