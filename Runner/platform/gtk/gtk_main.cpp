@@ -1,6 +1,8 @@
 #include "platform/gtk/gtk_main.h"
 
 #include <csignal>
+#include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -108,9 +110,8 @@ void refuseDesktopEvent(const std::string& event, JsonDocument&, JsonWriter&) {
   throw JsonError("the real desktop takes no event \"" + event + "\" from the console");
 }
 
-}  // namespace
-
-int runGtk(const CommandLine& commandLine, const MainInterface& mainInterface) {
+/// The whole life of the host. `threadsStay` when the UI's run on after it.
+int runHost(const CommandLine& commandLine, const MainInterface& mainInterface, bool& threadsStay) {
   prepareProcess();
   // The display may go away at the very end of the process, and says so then.
   static JournalLog log;
@@ -175,7 +176,20 @@ int runGtk(const CommandLine& commandLine, const MainInterface& mainInterface) {
   if (console) console->start();
   warmUpWhenIdle(host->workspace);
   dispatch.run();
+  threadsStay = ui->processEnds();
   return 0;
+}
+
+}  // namespace
+
+int runGtk(const CommandLine& commandLine, const MainInterface& mainInterface) {
+  bool threadsStay = false;
+  const int status = runHost(commandLine, mainInterface, threadsStay);
+  if (threadsStay) {
+    std::fflush(nullptr);
+    std::_Exit(status);
+  }
+  return status;
 }
 
 }  // namespace norvane

@@ -127,6 +127,14 @@ void LibraryEngine::fail(const std::string& reason) {
   fillFrame();
 }
 
+void LibraryEngine::leaveRunning() {
+  if (!view_) return;
+  g_signal_handlers_disconnect_by_data(view_.get(), this);
+  GtkWidget* const view = view_.release();  // kept for good, and from the window's end
+  GtkWidget* const parent = gtk_widget_get_parent(view);
+  if (parent) gtk_container_remove(GTK_CONTAINER(parent), view);
+}
+
 bool LibraryEngine::isUnused() const {
   return bound_.empty() && !view_ && !frame_ && failure_.empty();
 }
@@ -196,7 +204,7 @@ void LibraryEngine::bind(std::string_view channel) {
 void LibraryEngine::unbind(std::string_view channel) {
   const auto bound = bound_.find(channel);
   if (bound == bound_.end()) return;
-  if (view_) {
+  if (messenger_) {
     library_->messenger_set_handler(messenger_.get(), bound->c_str(), nullptr, nullptr, nullptr);
   }
   bound_.erase(bound);

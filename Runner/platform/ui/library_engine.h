@@ -36,6 +36,8 @@ class LibraryEngine {
 
   /// Whether it neither runs nor is waited for.
   bool isUnused() const;
+  /// From now on the library's engine stays, whatever becomes of this and of the window.
+  void leaveRunning();
   void registerPlugin(const std::string& plugin);
   void bind(std::string_view channel);
   void unbind(std::string_view channel);

@@ -65,6 +65,13 @@ void LibraryUi::run(FlutterEngine& engine, std::string_view entrypoint) {
   started.start(library_, *plugins_, project.get(), latePlugins_);
 }
 
+// An engine that draws while its view is destroyed makes the library abort (g_mutex_clear of a
+// locked mutex): so none is ended with the process.
+bool LibraryUi::processEnds() {
+  for (auto& [engine, running] : engines_) running.leaveRunning();
+  return library_ != nullptr;
+}
+
 void LibraryUi::shutDown(FlutterEngine& engine) { engines_.erase(&engine); }
 
 void LibraryUi::send(FlutterEngine& engine, std::string_view channel, Bytes message) {
