@@ -1,36 +1,30 @@
-// The words of the questions: what the suites ask with, and the worlds answer in.
+// The words of the questions: what the suites ask with, and the worlds answer in. No platform's.
 
 #pragma once
 
 #include <algorithm>
 #include <cstdint>
-#include <initializer_list>
-#include <memory>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include <gdk-pixbuf/gdk-pixbuf.h>
 #include <gtest/gtest.h>
 
 #include "platform/carbon_events.h"
-#include "platform/headless/headless_graphics.h"
 #include "platform/headless/profile.h"
 #include "platform/keychain.h"
-#include "platform/linux/glib_handles.h"
 #include "platform/ns_pasteboard.h"
 #include "platform/ns_window.h"
 #include "platform/ns_workspace.h"
 
 namespace norvane {
 
-/// A combination as the home system, the X server and a person's fingers know it.
-struct Combination {
-  Hotkey hotkey;
-  unsigned key, modifiers;
-  std::initializer_list<unsigned> modifierKeys;
-};
-inline const Combination kCmdBackslash{{42, 0x100}, 51, 1 << 6, {133}};
+/// Turns the main loop until `condition` holds; false after ten seconds, which no healthy run
+/// takes.
+bool await(const std::function<bool()>& condition);
+
+inline constexpr Hotkey kCmdBackslash{kVK_ANSI_Backslash, cmdKey};
 
 /// Takes hotkeys and counts their presses.
 template <class World>
@@ -46,10 +40,9 @@ class InputContract : public testing::Test, protected World {
     };
     this->hotkeys.InstallEventHandler(pressed, {kEventClassKeyboard, kEventHotKeyPressed}, handler);
   }
-  OSStatus take(const Combination& combination, std::uint32_t id = 0) {
+  OSStatus take(const Hotkey& combination, std::uint32_t id = 0) {
     ref.reset();
-    return this->hotkeys.RegisterEventHotKey(combination.hotkey.key, combination.hotkey.modifiers,
-                                             {1, id}, ref);
+    return this->hotkeys.RegisterEventHotKey(combination.key, combination.modifiers, {1, id}, ref);
   }
 
   std::optional<EventHotKeyRef> ref;
@@ -84,25 +77,14 @@ inline bool has(const std::string& text, const std::string& part) {
 }
 
 inline constexpr const char* kOwn = "cn.kestrio.norvane";
+/// Of the applications whose identifiers the host asks for.
+inline constexpr const char* kAskedFor = "com.1password.1password";
 
 inline std::string front(const NSWorkspace& workspace) {
   const auto application = workspace.frontmostApplication();
   if (!application) return "none";
   return application->bundleIdentifier.value_or("-") + ' ' +
          application->localizedName.value_or("-");
-}
-
-/// The colour in the middle of the icon in front, as it reaches the UI.
-inline std::uint32_t middleOfIcon(const NSWorkspace& workspace) {
-  const auto bitmap = HeadlessGraphics(LiveProfile({})).makeBitmapImageRep(64);
-  EXPECT_TRUE(bitmap->draw(*workspace.frontmostApplication().value().icon));
-  const auto png = bitmap->pngRepresentation().value();
-  const GObjectPtr<GInputStream> file(
-      g_memory_input_stream_new_from_data(png.data(), static_cast<gssize>(png.size()), nullptr));
-  const GObjectPtr<GdkPixbuf> icon(gdk_pixbuf_new_from_stream(file.get(), nullptr, nullptr));
-  EXPECT_TRUE(gdk_pixbuf_get_width(icon.get()) == 64 && gdk_pixbuf_get_height(icon.get()) == 64);
-  const guchar* rgba = gdk_pixbuf_read_pixels(icon.get()) + (32 * 64 + 32) * 4;
-  return rgba[0] << 24U | rgba[1] << 16U | rgba[2] << 8U | rgba[3];
 }
 
 inline bool runs(const NSWorkspace& workspace, const std::string& identifier) {

@@ -3,16 +3,14 @@
 #include <optional>
 
 #include "contract.h"
-#include "desktop_worlds.h"
-#include "simulated_worlds.h"
+#include "worlds.h"
 
 namespace norvane {
 namespace {
 
 template <class Clipboard>
 class PasteboardContract : public testing::Test {};
-using Clipboards = testing::Types<SimulatedPasteboard, DesktopPasteboard>;
-TYPED_TEST_SUITE(PasteboardContract, Clipboards);
+TYPED_TEST_SUITE(PasteboardContract, PasteboardWorlds);
 
 TYPED_TEST(PasteboardContract, HoldsTheLastTextWithItsMarkersUntilCleared) {
   TypeParam clipboard;

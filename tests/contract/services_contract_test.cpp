@@ -4,8 +4,7 @@
 #include <vector>
 
 #include "contract.h"
-#include "desktop_worlds.h"
-#include "simulated_worlds.h"
+#include "worlds.h"
 
 namespace norvane {
 namespace {
@@ -14,8 +13,7 @@ using enum SMAppServiceStatus;
 
 template <class World>
 class ServicesContract : public testing::Test, public World {};
-using Worlds = testing::Types<SimulatedServices, DesktopServices>;
-TYPED_TEST_SUITE(ServicesContract, Worlds);
+TYPED_TEST_SUITE(ServicesContract, ServicesWorlds);
 
 TYPED_TEST(ServicesContract, KeychainItemsAreAddedOnceUpdatedInPlaceAndDeletedByGroupOrAll) {
   Keychain& chain = this->keychain;

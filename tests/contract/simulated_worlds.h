@@ -1,27 +1,51 @@
-// The simulated desktop's worlds.
+// The simulated desktop's worlds, which need no display.
 
 #pragma once
 
+#include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
 
-#include <glib.h>
+#include <gdk-pixbuf/gdk-pixbuf.h>
 #include <gtest/gtest.h>
 
 #include "contract.h"
+#include "platform/headless/headless_graphics.h"
 #include "platform/headless/headless_keychain.h"
 #include "platform/headless/headless_platform.h"
 #include "platform/headless/headless_services.h"
 #include "platform/headless/headless_status_bar.h"
 #include "platform/linux/glib_dispatch.h"
+#include "platform/linux/glib_handles.h"
 #include "platform/linux/stderr_log.h"
 #include "platform/log.h"
 #include "platform/ns_window.h"
 
 namespace norvane {
+
+/// The colour in the middle of the icon in front, as it reaches the UI.
+inline std::uint32_t middleOfIcon(const NSWorkspace& workspace) {
+  const auto bitmap = HeadlessGraphics(LiveProfile({})).makeBitmapImageRep(64);
+  EXPECT_TRUE(bitmap->draw(*workspace.frontmostApplication().value().icon));
+  const auto png = bitmap->pngRepresentation().value();
+  const GObjectPtr<GInputStream> file(
+      g_memory_input_stream_new_from_data(png.data(), static_cast<gssize>(png.size()), nullptr));
+  const GObjectPtr<GdkPixbuf> icon(gdk_pixbuf_new_from_stream(file.get(), nullptr, nullptr));
+  EXPECT_TRUE(gdk_pixbuf_get_width(icon.get()) == 64 && gdk_pixbuf_get_height(icon.get()) == 64);
+  const guchar* rgba = gdk_pixbuf_read_pixels(icon.get()) + (32 * 64 + 32) * 4;
+  return rgba[0] << 24U | rgba[1] << 16U | rgba[2] << 8U | rgba[3];
+}
+
+/// A data directory of its own.
+struct OwnDirectory {
+  OwnDirectory() { EXPECT_TRUE(::mkdtemp(directory.data())); }
+  ~OwnDirectory() { std::filesystem::remove_all(directory); }
+
+  std::string directory = "/tmp/norvane-contract-XXXXXX";
+};
 
 struct CountingLog : Log {
   void write(std::string_view text) override { ++records, last = text; }
@@ -29,25 +53,23 @@ struct CountingLog : Log {
   std::string last;
 };
 
-struct SimulatedInput {
+struct SimulatedInput : OwnDirectory {
   GlibDispatch dispatch;
   CountingLog log;
   const ScopedLog installedLog{log};
-  HeadlessPlatform host{{}, std::getenv("HOME"), dispatch, [] {}};
+  HeadlessPlatform host{{}, directory, dispatch, [] {}};
   CarbonEventManager& hotkeys = host.hotkeys;
   KeyboardInput& keyboard = host.keyboard;
   CGEventSource& idle = host.eventSource;
 
-  bool othersTake(const Combination& combination) {
-    host.profile.change([&](Profile& profile) { profile.takenHotkeys = {combination.hotkey}; });
+  bool othersTake(const Hotkey& combination) {
+    host.profile.change([&](Profile& profile) { profile.takenHotkeys = {combination}; });
     return true;
   }
-  bool isFree(const Combination& combination) {
-    return host.hotkeys.registered() != combination.hotkey;
-  }
-  void press(const Combination& combination) {
+  bool isFree(const Hotkey& combination) { return host.hotkeys.registered() != combination; }
+  void press(const Hotkey& combination) {
     host.eventSource.input(kCGEventKeyDown);
-    host.hotkeys.press(combination.hotkey);
+    host.hotkeys.press(combination);
   }
   bool isSecret() { return host.keyboard.isSecure(); }
   bool isLatin() { return host.keyboard.inputSource() == "com.example.keylayout.ABC"; }
@@ -67,11 +89,10 @@ class SimulatedPasteboard {
   }
 };
 
-struct SimulatedServices {
+struct SimulatedServices : OwnDirectory {
   LiveProfile profile{Profile()};
-  HeadlessKeychain keychain{g_get_user_runtime_dir(), profile};
-  HeadlessAppService loginItem{g_get_user_runtime_dir(), profile};
-  ~SimulatedServices() { keychain.SecItemDelete(kAny); }
+  HeadlessKeychain keychain{directory, profile};
+  HeadlessAppService loginItem{directory, profile};
 };
 
 class SimulatedStatusBar {
@@ -90,12 +111,8 @@ class SimulatedStatusBar {
   HeadlessStatusBar bar_;
 };
 
-/// A host of its own, in a data directory of its own.
-struct WindowsWorld {
-  WindowsWorld() { EXPECT_TRUE(::mkdtemp(directory.data())); }
-  ~WindowsWorld() { std::filesystem::remove_all(directory); }
-
-  std::string directory = "/tmp/norvane-windows-XXXXXX";
+/// What a host of its own needs.
+struct WindowsWorld : OwnDirectory {
   GlibDispatch dispatch;
   StderrLog log;
   const ScopedLog installedLog{log};
@@ -108,7 +125,7 @@ struct SimulatedWindows : WindowsWorld {
   static void maximise() {}
 };
 
-class SimulatedWorkspace {
+class SimulatedWorkspace : WindowsWorld {
  public:
   SimulatedWorkspace() { platform_.setProfile(Profile{.applications = {}}); }
   NSWorkspace& workspace() { return platform_.desktop; }
@@ -119,10 +136,7 @@ class SimulatedWorkspace {
   void openOwn() { platform_.desktop.activateIgnoringOtherApps(); }
 
  private:
-  GlibDispatch dispatch_;
-  StderrLog log_;
-  const ScopedLog installedLog_{log_};
-  HeadlessPlatform platform_{{}, std::getenv("HOME"), dispatch_, [] {}};
+  HeadlessPlatform platform_{{}, directory, dispatch, [] {}};
 };
 
 }  // namespace norvane

@@ -3,16 +3,14 @@
 #include <string>
 
 #include "contract.h"
-#include "desktop_worlds.h"
-#include "simulated_worlds.h"
+#include "worlds.h"
 
 namespace norvane {
 namespace {
 
 template <class Desk>
 class StatusBarContract : public testing::Test {};
-using Desks = testing::Types<SimulatedStatusBar, DesktopStatusBar>;
-TYPED_TEST_SUITE(StatusBarContract, Desks);
+TYPED_TEST_SUITE(StatusBarContract, StatusBarWorlds);
 
 TYPED_TEST(StatusBarContract, ShowsWhatItIsGivenAndTellsOfClicks) {
   TypeParam desk;

@@ -5,9 +5,8 @@
 #include <memory>
 
 #include "contract.h"
-#include "desktop_worlds.h"
 #include "platform/ns_panel.h"
-#include "simulated_worlds.h"
+#include "worlds.h"
 
 namespace norvane {
 namespace {
@@ -25,13 +24,7 @@ class WindowContract : public testing::Test, public Kind {
   }
   bool hasKeyboard(const NSWindow& window) { return this->host.application.isKey(window); }
 };
-using Worlds = testing::Types<SimulatedWindows, DesktopWindows>;
-TYPED_TEST_SUITE(WindowContract, Worlds);
-
-struct Resignations : NSWindowDelegate {
-  void windowDidResignKey(NSWindow&) override { ++count; }
-  int count = 0;
-};
+TYPED_TEST_SUITE(WindowContract, WindowWorlds);
 
 TYPED_TEST(WindowContract, AFrameHoldsAtOnceOnTheScreenAndThroughHidingWhateverTheLimits) {
   const auto window = this->template make<NSWindow>(kOrdinary);

@@ -3,18 +3,14 @@
 #include <string>
 
 #include "contract.h"
-#include "desktop_worlds.h"
-#include "simulated_worlds.h"
+#include "worlds.h"
 
 namespace norvane {
 namespace {
 
-constexpr const char* kAskedFor = "com.1password.1password";
-
 template <class Session>
 class WorkspaceContract : public testing::Test {};
-using Sessions = testing::Types<SimulatedWorkspace, DesktopWorkspace>;
-TYPED_TEST_SUITE(WorkspaceContract, Sessions);
+TYPED_TEST_SUITE(WorkspaceContract, WorkspaceWorlds);
 
 TYPED_TEST(WorkspaceContract, TellsWhatIsKnownOfTheApplicationInFront) {
   TypeParam session;

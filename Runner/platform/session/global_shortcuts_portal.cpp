@@ -279,18 +279,10 @@ class GlobalShortcutsPortal::Attempt {
 
 GlobalShortcutsPortal::GlobalShortcutsPortal(Dispatch& dispatch, std::function<void()> pressed,
                                              std::function<void()> answered)
-    : dispatch_(dispatch),
-      pressed_(std::move(pressed)),
-      answered_(std::move(answered)),
-      handler_(dispatch) {}
+    : PostedHotkeys(dispatch), pressed_(std::move(pressed)), answered_(std::move(answered)) {}
 
 // The portal ends the session with the connection.
 GlobalShortcutsPortal::~GlobalShortcutsPortal() { stopListening(); }
-
-OSStatus GlobalShortcutsPortal::InstallEventHandler(Handler handler, const EventTypeSpec& type,
-                                                    std::optional<EventHandlerRef>& handlerRef) {
-  return handler_.InstallEventHandler(std::move(handler), type, handlerRef);
-}
 
 OSStatus GlobalShortcutsPortal::RegisterEventHotKey(std::uint32_t keyCode, std::uint32_t modifiers,
                                                     const EventHotKeyID& id,
@@ -358,7 +350,7 @@ void GlobalShortcutsPortal::listen() {
                              guint64 /*time*/, GVariant* /*options*/, GlobalShortcutsPortal* self) {
     if (session != self->session_) return;
     self->pressed_();
-    self->handler_.post(self->id_);
+    self->post(self->id_);
   };
   const auto closed = +[](BusPortalSession*, GlobalShortcutsPortal* self) {
     NSLog("[Norvane] the desktop took the global hotkey away");

@@ -8,7 +8,7 @@
 #include <gio/gio.h>
 
 #include "platform/linux/glib_handles.h"
-#include "platform/session/hotkey_handler.h"
+#include "platform/session/posted_hotkeys.h"
 
 struct _BusGlobalShortcuts;
 struct _BusPortalSession;
@@ -26,7 +26,7 @@ namespace norvane {
 /// question that brought no key, it is so for all that is registered in the same turn: nobody is
 /// asked about one combination after another. A hotkey that is given later does reach the handler,
 /// until another one is registered.
-class GlobalShortcutsPortal : public CarbonEventManager {
+class GlobalShortcutsPortal : public PostedHotkeys {
  public:
   /// `pressed` is called at each press, ahead of the handler; `answered` once, when the portal has
   /// first served this process or failed to.
@@ -35,8 +35,6 @@ class GlobalShortcutsPortal : public CarbonEventManager {
   ~GlobalShortcutsPortal() override;
   GlobalShortcutsPortal(const GlobalShortcutsPortal&) = delete;
 
-  OSStatus InstallEventHandler(Handler handler, const EventTypeSpec& type,
-                               std::optional<EventHandlerRef>& handlerRef) override;
   /// paramErr for key codes and modifiers that a shortcut cannot have.
   OSStatus RegisterEventHotKey(std::uint32_t keyCode, std::uint32_t modifiers,
                                const EventHotKeyID& id,
@@ -52,10 +50,8 @@ class GlobalShortcutsPortal : public CarbonEventManager {
   void listen();
   void stopListening();
 
-  Dispatch& dispatch_;
   std::function<void()> pressed_;
   std::function<void()> answered_;
-  HotkeyHandler handler_;
   GObjectPtr<GDBusConnection> bus_;
   // What the portal says while there is a session
   GObjectPtr<_BusGlobalShortcuts> activations_;

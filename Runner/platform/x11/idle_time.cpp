@@ -1,8 +1,10 @@
 #include "platform/x11/idle_time.h"
 
 #include <algorithm>
+#include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include <X11/extensions/XInput2.h>
 #include <X11/extensions/scrnsaver.h>
@@ -38,26 +40,22 @@ constexpr auto kForCalls = static_cast<GDBusProxyFlags>(
     G_DBUS_PROXY_FLAGS_DO_NOT_LOAD_PROPERTIES | G_DBUS_PROXY_FLAGS_DO_NOT_CONNECT_SIGNALS |
     G_DBUS_PROXY_FLAGS_DO_NOT_AUTO_START_AT_CONSTRUCTION);
 
-double askIdleMonitor(GDBusConnection* bus, GError** error) {
-  const GObjectPtr<BusIdleMonitor> monitor(bus_idle_monitor_proxy_new_sync(
-      bus, kForCalls, kIdleMonitor, "/org/gnome/Mutter/IdleMonitor/Core", nullptr, error));
-  guint64 milliseconds = 0;
-  if (monitor) {
-    bus_idle_monitor_call_get_idletime_sync(monitor.get(), G_DBUS_CALL_FLAGS_NO_AUTO_START,
-                                            kPatience, &milliseconds, nullptr, error);
-  }
-  return static_cast<double>(milliseconds) / 1000;
-}
-
-double askScreenSaver(GDBusConnection* bus, GError** error) {
-  const GObjectPtr<BusScreenSaver> saver(bus_screen_saver_proxy_new_sync(
-      bus, kForCalls, kScreenSaver, "/org/freedesktop/ScreenSaver", nullptr, error));
-  guint seconds = 0;
-  if (saver) {
-    bus_screen_saver_call_get_session_idle_time_sync(saver.get(), G_DBUS_CALL_FLAGS_NO_AUTO_START,
-                                                     kPatience, &seconds, nullptr, error);
-  }
-  return seconds;
+/// Asks a service on the session bus, by what GLib's generator has written for it, how many parts
+/// of a second have passed; the answer is in seconds.
+template <class Proxy, class Count>
+auto question(Proxy* (*make)(GDBusConnection*, GDBusProxyFlags, const char*, const char*,
+                             GCancellable*, GError**),
+              const char* name, const char* path,
+              gboolean (*call)(Proxy*, GDBusCallFlags, int, Count*, GCancellable*, GError**),
+              int partsOfASecond) {
+  return [=](GDBusConnection* bus, GError** error) {
+    const GObjectPtr<Proxy> service(make(bus, kForCalls, name, path, nullptr, error));
+    Count count = 0;
+    if (service) {
+      call(service.get(), G_DBUS_CALL_FLAGS_NO_AUTO_START, kPatience, &count, nullptr, error);
+    }
+    return static_cast<double>(count) / partsOfASecond;
+  };
 }
 
 bool isInput(const XEvent& event) {
@@ -72,9 +70,9 @@ bool isInput(const XEvent& event) {
 class IdleTime::BusSource {
  public:
   /// Seconds, unless there is an error.
-  using Question = double(GDBusConnection* bus, GError** error);
+  using Question = std::function<double(GDBusConnection* bus, GError** error)>;
 
-  BusSource(const char* name, Question* question) : name_(name), question_(question) {}
+  BusSource(const char* name, Question question) : name_(name), question_(std::move(question)) {}
 
   std::optional<double> ask() {
     if (!bus_) bus_ = sessionBus();
@@ -94,7 +92,7 @@ class IdleTime::BusSource {
  private:
   GObjectPtr<GDBusConnection> bus_;
   const char* name_;
-  Question* question_;
+  Question question_;
   bool counts_ = false;
   bool hangs_ = false;
 };
@@ -104,8 +102,14 @@ IdleTime::IdleTime()
         if (isInput(event)) lastSeen_ = Clock::now();
         return false;
       }),
-      idleMonitor_(std::make_unique<BusSource>(kIdleMonitor, askIdleMonitor)),
-      screenSaver_(std::make_unique<BusSource>(kScreenSaver, askScreenSaver)) {}
+      idleMonitor_(std::make_unique<BusSource>(
+          kIdleMonitor, question(bus_idle_monitor_proxy_new_sync, kIdleMonitor,
+                                 "/org/gnome/Mutter/IdleMonitor/Core",
+                                 bus_idle_monitor_call_get_idletime_sync, 1000))),
+      screenSaver_(std::make_unique<BusSource>(
+          kScreenSaver,
+          question(bus_screen_saver_proxy_new_sync, kScreenSaver, "/org/freedesktop/ScreenSaver",
+                   bus_screen_saver_call_get_session_idle_time_sync, 1))) {}
 
 IdleTime::~IdleTime() = default;
 

@@ -103,8 +103,8 @@ OSStatus grab(const X11Combination& combination) {
 }  // namespace
 
 X11Hotkeys::X11Hotkeys(EventTime& eventTime, Dispatch& dispatch)
-    : eventTime_(eventTime),
-      handler_(dispatch),
+    : PostedHotkeys(dispatch),
+      eventTime_(eventTime),
       keymap_(gdk_keymap_get_for_display(gdk_display_get_default())),
       filter_([this](const XEvent& event) { return take(event); }) {
   const auto changed = +[](GdkKeymap*, X11Hotkeys* self) { self->grabAnew(); };
@@ -116,11 +116,6 @@ X11Hotkeys::~X11Hotkeys() {
   for (const auto& [ref, registration] : registrations_) {
     if (registration.grabbed) ungrab(*registration.grabbed);
   }
-}
-
-OSStatus X11Hotkeys::InstallEventHandler(Handler handler, const EventTypeSpec& type,
-                                         std::optional<EventHandlerRef>& handlerRef) {
-  return handler_.InstallEventHandler(std::move(handler), type, handlerRef);
 }
 
 OSStatus X11Hotkeys::RegisterEventHotKey(std::uint32_t keyCode, std::uint32_t modifiers,
@@ -164,7 +159,7 @@ bool X11Hotkeys::take(const XEvent& event) {
   if (pressed == registrations_.end()) return false;
   down_.insert(key);
   eventTime_.set(static_cast<std::uint32_t>(input.time));
-  handler_.post(pressed->second.id);
+  post(pressed->second.id);
   return true;
 }
 

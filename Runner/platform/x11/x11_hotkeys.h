@@ -6,7 +6,7 @@
 #include <optional>
 #include <set>
 
-#include "platform/session/hotkey_handler.h"
+#include "platform/session/posted_hotkeys.h"
 #include "platform/x11/event_time.h"
 #include "platform/x11/x11_event_filter.h"
 
@@ -31,14 +31,12 @@ struct X11Combination {
 /// Main thread; made after the toolkit is initialised.
 ///
 /// On a Wayland session the server would grant grabs that see nothing; see makeHotkeys.
-class X11Hotkeys : public CarbonEventManager {
+class X11Hotkeys : public PostedHotkeys {
  public:
   X11Hotkeys(EventTime& eventTime, Dispatch& dispatch);
   ~X11Hotkeys() override;
   X11Hotkeys(const X11Hotkeys&) = delete;
 
-  OSStatus InstallEventHandler(Handler handler, const EventTypeSpec& type,
-                               std::optional<EventHandlerRef>& handlerRef) override;
   /// paramErr when this keyboard does not have the key or a modifier, eventInternalErr when the
   /// server refuses for another reason than that the combination is taken.
   OSStatus RegisterEventHotKey(std::uint32_t keyCode, std::uint32_t modifiers,
@@ -59,7 +57,6 @@ class X11Hotkeys : public CarbonEventManager {
   void grabAnew();
 
   EventTime& eventTime_;
-  HotkeyHandler handler_;
   _GdkKeymap* keymap_;
   std::map<EventHotKeyRef, Registration> registrations_;
   EventHotKeyRef lastRef_ = 0;

@@ -2,9 +2,11 @@
 
 #pragma once
 
+#include <array>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -40,6 +42,29 @@
 
 namespace norvane {
 
+/// A combination in the X server's terms, on an evdev keyboard.
+struct XCombination {
+  XCombination(unsigned xKey, unsigned xModifiers) : key(xKey), modifiers(xModifiers) {}
+  XCombination(const Hotkey& hotkey)
+      : key(std::map<unsigned, unsigned>{
+            {kVK_ANSI_Backslash, 51}, {kVK_ANSI_O, 32}, {kVK_Space, 65}}
+                .at(hotkey.key)) {
+    for (const auto& [carbon, mask, keyCode] :
+         {std::array<unsigned, 3>{controlKey, ControlMask, 37},
+          {optionKey, Mod1Mask, 64},
+          {cmdKey, Mod4Mask, 133},
+          {shiftKey, ShiftMask, 50}}) {
+      if ((hotkey.modifiers & carbon) == 0) continue;
+      modifiers |= mask;
+      modifierKeys.push_back(keyCode);
+    }
+  }
+
+  unsigned key;
+  unsigned modifiers = 0;
+  std::vector<unsigned> modifierKeys;  ///< those that a person presses
+};
+
 /// An X server's desktop with a window of ours, which has a text field and the focus, and the
 /// layouts "ru" and "us".
 struct DesktopInput {
@@ -55,14 +80,14 @@ struct DesktopInput {
     layOut("us");
   }
 
-  bool isFree(Combination combination) {
+  bool isFree(XCombination combination) {
     combination.modifiers |= LockMask;
     const bool isFree = othersTake(combination);
     XUngrabKey(x, static_cast<int>(combination.key), AnyModifier, DefaultRootWindow(x));
     XSync(x, False);
     return isFree;
   }
-  void press(const Combination& combination) {
+  void press(const XCombination& combination) {
     others.press(combination.key, combination.modifierKeys);
   }
   bool isSecret() {
@@ -77,7 +102,7 @@ struct DesktopInput {
     XkbGetState(x, XkbUseCoreKbd, &state);
     return state.group == 1;
   }
-  bool othersTake(const Combination& combination) {
+  bool othersTake(const XCombination& combination) {
     const auto previous =
         XSetErrorHandler([](Display*, XErrorEvent*) { return grabFails = true, 0; });
     grabFails = false;

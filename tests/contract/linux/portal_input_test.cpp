@@ -121,7 +121,7 @@ struct Wayland {
   IdleTime idle;
 };
 using WaylandInput = InputContract<Wayland>;
-const Combination kShortcut{{kVK_ANSI_Backslash, cmdKey | shiftKey}, 0, 0, {}};
+constexpr Hotkey kShortcut{kVK_ANSI_Backslash, cmdKey | shiftKey};
 
 TEST_F(WaylandInput, AHotkeyIsHeldOnceTheDesktopSaysSoUntilItIsGivenBack) {
   Programs desktop;

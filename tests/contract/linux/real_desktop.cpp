@@ -23,20 +23,6 @@ class Toolkit : public testing::Environment {
 
 }  // namespace
 
-bool await(const std::function<bool()>& condition) {
-  // What other programs do is no event of this loop, so it looks again now and then.
-  const guint tick = g_timeout_add(
-      10, [](gpointer) -> gboolean { return G_SOURCE_CONTINUE; }, nullptr);
-  const gint64 end = g_get_monotonic_time() + 10 * G_TIME_SPAN_SECOND;
-  bool holds = condition();
-  while (!holds && g_get_monotonic_time() < end) {
-    g_main_context_iteration(nullptr, TRUE);
-    holds = condition();
-  }
-  g_source_remove(tick);
-  return holds;
-}
-
 std::optional<std::string> outputOf(std::vector<const char*> command) {
   command.push_back(nullptr);
   const GObjectPtr<GSubprocess> program(
@@ -74,7 +60,7 @@ void OtherClient::key(unsigned keyCode, bool down) {
   XSync(display_, False);
 }
 
-void OtherClient::press(unsigned keyCode, std::initializer_list<unsigned> modifierKeys) {
+void OtherClient::press(unsigned keyCode, const std::vector<unsigned>& modifierKeys) {
   for (const unsigned modifier : modifierKeys) key(modifier, true);
   key(keyCode, true);
   key(keyCode, false);

@@ -1,20 +1,14 @@
 #pragma once
 
-#include <functional>
-#include <initializer_list>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include <gtest/gtest.h>  // ahead of Xlib, whose macros it cannot bear
+#include "contract.h"  // ahead of Xlib, whose macros it cannot bear
 
 struct _XDisplay;
 
 namespace norvane {
-
-/// Turns the main loop until `condition` holds; false after ten seconds, which no healthy run
-/// takes.
-bool await(const std::function<bool()>& condition);
 
 /// What another program writes while the main loop turns; nothing when it fails.
 std::optional<std::string> outputOf(std::vector<const char*> command);
@@ -30,7 +24,7 @@ class OtherClient {
   _XDisplay* display() const { return display_; }
   /// Holds the modifier keys down, presses and releases the key, then lets them go. X key codes of
   /// an evdev keyboard.
-  void press(unsigned keyCode, std::initializer_list<unsigned> modifierKeys = {});
+  void press(unsigned keyCode, const std::vector<unsigned>& modifierKeys = {});
   void key(unsigned keyCode, bool down);
 
  private:

@@ -12,8 +12,6 @@ namespace {
 
 using namespace std::string_literals;
 
-constexpr const char* kAskedFor = "com.1password.1password";
-
 /// The window that the window manager names in a property of the root window's.
 unsigned long claim(const char* property) {
   guchar* window = nullptr;

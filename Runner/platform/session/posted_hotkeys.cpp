@@ -1,4 +1,4 @@
-#include "platform/session/hotkey_handler.h"
+#include "platform/session/posted_hotkeys.h"
 
 #include <utility>
 
@@ -6,19 +6,18 @@
 
 namespace norvane {
 
-OSStatus HotkeyHandler::InstallEventHandler(CarbonEventManager::Handler handler,
-                                            const EventTypeSpec& type,
+OSStatus PostedHotkeys::InstallEventHandler(Handler handler, const EventTypeSpec& type,
                                             std::optional<EventHandlerRef>& handlerRef) {
   if (type.eventClass != kEventClassKeyboard || type.eventKind != kEventHotKeyPressed) {
     return paramErr;
   }
-  handler_ = std::make_shared<CarbonEventManager::Handler>(std::move(handler));
+  handler_ = std::make_shared<Handler>(std::move(handler));
   constexpr EventHandlerRef kHandlerRef = 1;  // there is one at a time
   handlerRef = kHandlerRef;
   return noErr;
 }
 
-void HotkeyHandler::post(const EventHotKeyID& id) {
+void PostedHotkeys::post(const EventHotKeyID& id) {
   dispatch_.mainAsync([handler = std::weak_ptr(handler_), id] {
     if (const auto alive = handler.lock()) (*alive)(HotkeyPress(id));
   });
