@@ -27,7 +27,7 @@ def fetch(directory):
     pip = subprocess.run([sys.executable, "-m", "pip", "download", "--quiet", "--no-deps",
                           "--require-hashes", "--only-binary=:all:", "--platform",
                           "manylinux_2_36_x86_64", "--dest", directory, "--requirement",
-                          os.path.join(HERE, "ui_bundle.txt")],
+                          os.path.join(HERE, "ui_bundle.requirements")],
                          check=False, stderr=subprocess.PIPE, text=True)
     if "DO NOT MATCH THE HASHES" in pip.stderr:
         sys.exit(pip.stderr)
