@@ -30,7 +30,7 @@ struct NoLog : Log {
 struct CountingUi : UiObserver {
   void started(std::string_view, std::string_view) override {}
   void pluginRegistered(std::string_view, std::string_view) override {}
-  void called(std::string_view, std::string_view, Bytes) override { ++calls; }
+  void called(std::string_view, std::string_view, const Bytes&) override { ++calls; }
   int calls = 0;
 };
 
@@ -45,7 +45,7 @@ class LaunchedHost {
     Profile profile;
     profile.applications.front().icon = withIcon;
     host_.emplace(std::move(profile), directory_, dispatch, [] {});
-    host_->ui.setObserver(&ui);
+    host_->ui.addObserver(ui);
     host_->desktop.launch(mainInterface());
     dispatch.settle();
   }

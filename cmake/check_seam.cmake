@@ -19,9 +19,10 @@ set(ARROWS
   "platform/headless:base platform platform/console platform/linux"
   "platform/session:base platform platform/linux"
   "platform/x11:base platform platform/linux platform/session"
-  "platform/gtk:base platform platform/console platform/linux platform/session platform/x11")
+  "platform/ui:base platform platform/console platform/flutter platform/linux"
+  "platform/gtk:base platform platform/console platform/linux platform/session platform/ui platform/x11")
 # These use the platform's libraries.
-set(SYSTEM "^platform/(linux|console|headless|session|x11|gtk)$")
+set(SYSTEM "^platform/(linux|console|headless|session|x11|ui|gtk)$")
 # Not among them: threads, clocks, files and the environment belong to the platform.
 set(STANDARD algorithm|array|bit|cassert|charconv|cmath|compare|concepts|cstddef|cstdint|cstdlib|cstring|cwchar|deque|exception|functional|initializer_list|iterator|limits|locale|map|memory|new|numeric|optional|ranges|set|span|sstream|stdexcept|string|string_view|system_error|tuple|type_traits|utility|variant|vector)
 

@@ -7,6 +7,10 @@ import threading
 import time
 import queue
 
+import Xlib.X
+import Xlib.display
+import Xlib.error
+
 TIMEOUT = 20  # seconds; nothing takes this long
 BACKSLASH = "super+backslash"
 OTHER = os.path.join(os.path.dirname(os.path.abspath(__file__)), "other_application.py")
@@ -63,6 +67,21 @@ def frame_of(title):
     left, right, top, bottom = map(int, extents[1].split(",")) if len(extents) > 1 else (0,) * 4
     return (int(facts["Absolute upper-left X"]) - left, int(facts["Absolute upper-left Y"]) - top,
             int(facts["Width"]) + left + right, int(facts["Height"]) + top + bottom)
+
+
+def colours_of(window):
+    """How many colours are to be seen in the middle of a window that nothing covers."""
+    server = Xlib.display.Display()
+    try:
+        drawable = server.create_resource_object("window", int(window))
+        size = drawable.get_geometry()
+        image = drawable.get_image(size.width // 2 - 80, size.height // 2 - 80, 160, 160,
+                                   Xlib.X.ZPixmap, 0xFFFFFF)
+        return len(set(memoryview(image.data).cast("I")))
+    except (Xlib.error.BadMatch, Xlib.error.BadWindow, Xlib.error.BadDrawable):
+        return 0  # it is not on screen (any more)
+    finally:
+        server.close()
 
 
 def close(title):

@@ -23,12 +23,12 @@ class QuickAccessTest : public HostTest {
     host().hotkeys.press(kHotkey);
     dispatch.settle();
   }
-  void called(std::string_view engine, std::string_view channel, Bytes message) override {
+  void called(std::string_view engine, std::string_view channel, const Bytes& message) override {
     if (engine == kQaEngine) {
       EXPECT_EQ(application().isKey(*application().windows().back()),
-                decodeMethodCall(Bytes(message))->method() == "shown");
+                decodeMethodCall(message)->method() == "shown");
     }
-    HostTest::called(engine, channel, std::move(message));
+    HostTest::called(engine, channel, message);
   }
   AppDelegate& delegate() { return dynamic_cast<AppDelegate&>(*application().delegate()); }
   QAPanelController& controller() { return *delegate().qaPanel; }
@@ -206,8 +206,8 @@ TEST_F(QuickAccessTest, AFocusLossAndATogglesTurnMeet) {
 /// Lets something go in the middle of a call: as soon as the UI hears of it.
 class VanishingTest : public QuickAccessTest {
  protected:
-  void called(std::string_view engine, std::string_view channel, Bytes message) override {
-    QuickAccessTest::called(engine, channel, std::move(message));
+  void called(std::string_view engine, std::string_view channel, const Bytes& message) override {
+    QuickAccessTest::called(engine, channel, message);
     if (vanish) std::exchange(vanish, {})();
   }
   std::function<void()> vanish;

@@ -68,7 +68,7 @@ struct HostTest::Process : HeadlessPlatform {
         credentialStore(HeadlessPlatform::credentialStore, test.credentialStore),
         bundle(profile),
         crypto(HeadlessPlatform::crypto, test.cryptoFault) {
-    ui.setObserver(&test);
+    ui.addObserver(test);
   }
   ~Process() { application.releaseAll(); }
 
@@ -135,8 +135,8 @@ void HostTest::pluginRegistered(std::string_view engine, std::string_view name) 
   transcript_.push_back(std::string(engine) + " plugin " + std::string(name));
 }
 
-void HostTest::called(std::string_view /*engine*/, std::string_view channel, Bytes message) {
-  const auto call = decodeMethodCall(std::move(message));
+void HostTest::called(std::string_view /*engine*/, std::string_view channel, const Bytes& message) {
+  const auto call = decodeMethodCall(message);
   ASSERT_TRUE(call) << "the host sent an undecodable call on " << channel;
   transcript_.push_back(std::string(channel) + ' ' + std::string(call->method()) + ' ' +
                         jsonOf(call->arguments()));

@@ -47,11 +47,11 @@ Console::Console(ScriptedUi& ui, GlibDispatch& dispatch, DesktopEvents desktopEv
       desktopEvents_(std::move(desktopEvents)),
       input_(STDIN_FILENO),
       openCalls_(std::make_shared<char>()) {
-  ui_.setObserver(this);
+  ui_.addObserver(*this);
 }
 
 Console::~Console() {
-  ui_.setObserver(nullptr);
+  ui_.removeObserver(*this);
   if (!source_) return;
   g_source_destroy(source_);
   g_source_unref(source_);
@@ -195,8 +195,8 @@ void Console::pluginRegistered(std::string_view engine, std::string_view name) {
   print(line);
 }
 
-void Console::called(std::string_view engine, std::string_view channel, Bytes message) {
-  const auto call = decodeMethodCall(std::move(message));
+void Console::called(std::string_view engine, std::string_view channel, const Bytes& message) {
+  const auto call = decodeMethodCall(message);
   JsonBuffer line;
   JsonWriter writer(line);
   writer.StartObject();

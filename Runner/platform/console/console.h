@@ -37,7 +37,7 @@ class Console : public UiObserver {
 
   void started(std::string_view engine, std::string_view entrypoint) override;
   void pluginRegistered(std::string_view engine, std::string_view name) override;
-  void called(std::string_view engine, std::string_view channel, Bytes message) override;
+  void called(std::string_view engine, std::string_view channel, const Bytes& message) override;
 
  private:
   struct Source;

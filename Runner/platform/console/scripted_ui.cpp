@@ -22,7 +22,7 @@ bool ScriptedUi::send(const std::string& engine, const std::string& channel, Byt
 
 void ScriptedUi::run(FlutterEngine& engine, std::string_view entrypoint) {
   engines_[engine.name()] = &engine;
-  if (observer_) observer_->started(engine.name(), entrypoint);
+  for (UiObserver* observer : observers_) observer->started(engine.name(), entrypoint);
 }
 
 void ScriptedUi::shutDown(FlutterEngine& engine) {
@@ -30,7 +30,7 @@ void ScriptedUi::shutDown(FlutterEngine& engine) {
 }
 
 void ScriptedUi::send(FlutterEngine& engine, std::string_view channel, Bytes message) {
-  if (observer_) observer_->called(engine.name(), channel, std::move(message));
+  for (UiObserver* observer : observers_) observer->called(engine.name(), channel, message);
 }
 
 void ScriptedUi::channelBound(FlutterEngine& engine, std::string_view channel) {
@@ -45,7 +45,9 @@ void ScriptedUi::channelUnbound(FlutterEngine& engine, std::string_view channel)
 
 void ScriptedUi::registerPlugin(std::string_view /*plugin*/,
                                 const FlutterPluginRegistrar& registrar) {
-  if (observer_) observer_->pluginRegistered(registrar.engine.name(), registrar.name);
+  for (UiObserver* observer : observers_) {
+    observer->pluginRegistered(registrar.engine.name(), registrar.name);
+  }
 }
 
 }  // namespace norvane

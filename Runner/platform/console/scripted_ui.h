@@ -5,6 +5,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "base/secure_memory.h"
 #include "platform/flutter/flutter_binary_messenger.h"
@@ -19,14 +20,16 @@ class UiObserver {
   virtual void started(std::string_view engine, std::string_view entrypoint) = 0;
   virtual void pluginRegistered(std::string_view engine, std::string_view name) = 0;
   /// The host calls the UI.
-  virtual void called(std::string_view engine, std::string_view channel, Bytes message) = 0;
+  virtual void called(std::string_view engine, std::string_view channel, const Bytes& message) = 0;
 };
 
 /// UI programs that are played by someone else: the console, or a test. Main thread.
 class ScriptedUi : public FlutterEmbedder {
  public:
-  /// Null for none: what the host sends is then lost, as with a UI that never listens.
-  void setObserver(UiObserver* observer) { observer_ = observer; }
+  /// Each hears of everything from now on. While there is none, what the host sends is lost, as
+  /// with a UI that never listens.
+  void addObserver(UiObserver& observer) { observers_.push_back(&observer); }
+  void removeObserver(UiObserver& observer) { std::erase(observers_, &observer); }
 
   /// Sends a message as `engine`'s UI program; as engines do, it answers one on a channel that is
   /// not bound itself, with "not implemented". False, and `reply` is not called, when no such
@@ -42,7 +45,7 @@ class ScriptedUi : public FlutterEmbedder {
   void registerPlugin(std::string_view plugin, const FlutterPluginRegistrar& registrar) override;
 
  private:
-  UiObserver* observer_ = nullptr;
+  std::vector<UiObserver*> observers_;
   std::map<std::string, FlutterEngine*> engines_;
   std::map<const FlutterEngine*, std::set<std::string, std::less<>>> bound_;
 };

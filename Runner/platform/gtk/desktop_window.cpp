@@ -10,8 +10,8 @@
 #include <gtk/gtk.h>
 
 #include "platform/gtk/main_screen.h"
-#include "platform/gtk/placeholder_view.h"
 #include "platform/ns_window.h"
+#include "platform/ui/window_ui.h"
 #include "platform/x11/x11_properties.h"
 
 namespace norvane {
@@ -149,12 +149,11 @@ bool DesktopWindow::contains(_GdkWindow* window) const {
   return visible_ && window && gdk_window_get_toplevel(window) == gtk_widget_get_window(window_);
 }
 
-// The UI is somebody else's to play, and draws nothing.
-void DesktopWindow::showView(FlutterViewController& /*controller*/) {
+void DesktopWindow::showView(FlutterViewController& controller) {
   GtkContainer* const window = GTK_CONTAINER(window_);
   gtk_container_foreach(
       window, [](GtkWidget* child, gpointer) { gtk_widget_destroy(child); }, nullptr);
-  gtk_container_add(window, makePlaceholderView(isPanel()));
+  gtk_container_add(window, desktop_.ui_.makeView(controller));
 }
 
 void DesktopWindow::orderFront() {

@@ -21,10 +21,12 @@ bool isAnotherActiveWindow(const XEvent& event) {
 
 }  // namespace
 
-GtkDesktop::GtkDesktop(NSApplication& application, Dispatch& dispatch, EventTime& eventTime)
+GtkDesktop::GtkDesktop(NSApplication& application, Dispatch& dispatch, EventTime& eventTime,
+                       WindowUi& ui)
     : application_(application),
       dispatch_(dispatch),
       eventTime_(eventTime),
+      ui_(ui),
       activeWindowWatch_([this](const XEvent& event) {
         if (isAnotherActiveWindow(event)) updateKeyWindow();
         return false;

@@ -16,11 +16,12 @@
 namespace norvane {
 
 class DesktopWindow;
+class WindowUi;
 
 /// The windows and the screens of an X11 desktop, by way of GTK. Main thread.
 class GtkDesktop : public WindowServer, public Screens, public NSProcessInfo {
  public:
-  GtkDesktop(NSApplication& application, Dispatch& dispatch, EventTime& eventTime);
+  GtkDesktop(NSApplication& application, Dispatch& dispatch, EventTime& eventTime, WindowUi& ui);
   ~GtkDesktop() override;
 
   // The desktop's side
@@ -47,6 +48,7 @@ class GtkDesktop : public WindowServer, public Screens, public NSProcessInfo {
   NSApplication& application_;
   Dispatch& dispatch_;
   EventTime& eventTime_;
+  WindowUi& ui_;
   std::vector<DesktopWindow*> windows_;
   DesktopWindow* wantsKeyboard_ = nullptr;  ///< as soon as it is mapped; the newest wish
   X11EventFilter activeWindowWatch_;

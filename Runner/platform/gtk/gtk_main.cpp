@@ -1,6 +1,10 @@
 #include "platform/gtk/gtk_main.h"
 
 #include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -12,9 +16,12 @@
 #include "platform/linux/glib_dispatch.h"
 #include "platform/linux/host_process.h"
 #include "platform/linux/process.h"
+#include "platform/session/desktop_bundle.h"
 #include "platform/session/journal_log.h"
 #include "platform/session/session.h"
 #include "platform/session/single_instance.h"
+#include "platform/ui/library_ui.h"
+#include "platform/ui/played_ui.h"
 #include "platform/x11/display_end.h"
 
 namespace norvane {
@@ -22,16 +29,33 @@ namespace {
 
 constexpr const char* kApplicationId = "cn.kestrio.norvane";
 
+/// Where the UI lies that is played: in the bundle, unless the command line says otherwise.
+UiBundle uiBundleFor(const CommandLine& commandLine) {
+  const std::string carried = DesktopBundle().bundlePath() + "/Contents/Frameworks/App.bundle";
+  return UiBundle(std::filesystem::absolute(commandLine.uiBundle.value_or(carried)));
+}
+
+/// The UI that the command line names, and in `scripted` what the console plays, if that is it.
+std::unique_ptr<WindowUi> makeUi(const CommandLine& commandLine, ScriptedUi*& scripted) {
+  if (commandLine.ui == UiChoice::console) {
+    auto played = std::make_unique<PlayedUi>();
+    scripted = &played->embedder();
+    return played;
+  }
+  return std::make_unique<LibraryUi>(uiBundleFor(commandLine), commandLine.uiArguments,
+                                     DesktopBundle().infoTexts("UIPlugins"));
+}
+
 /// False without a display that can be used.
-bool initToolkit() {
+bool initToolkit(bool drawsWithGl) {
   g_set_prgname(kApplicationId);  // by which desktops find the application's entry
   g_set_application_name("Norvane");
   gdk_set_allowed_backends("x11");
   gdk_set_program_class(kApplicationId);
   // The built-in views draw without GL, whose libraries the toolkit would load for the first
-  // program of a display; a UI engine that draws with it would leave this out. It is read here and
-  // no more, so that programs that the host starts do not inherit it.
-  if (!environmentVariable("GDK_GL")) {
+  // program of a display. It is read here and no more, so that programs that the host starts do not
+  // inherit it.
+  if (!drawsWithGl && !environmentVariable("GDK_GL")) {
     g_setenv("GDK_GL", "disable", FALSE);
     gdk_parse_args(nullptr, nullptr);
     g_unsetenv("GDK_GL");
@@ -86,9 +110,8 @@ void refuseDesktopEvent(const std::string& event, JsonDocument&, JsonWriter&) {
   throw JsonError("the real desktop takes no event \"" + event + "\" from the console");
 }
 
-}  // namespace
-
-int runGtk(const CommandLine& commandLine, const MainInterface& mainInterface) {
+/// The whole life of the host. `threadsStay` when the UI's run on after it.
+int runHost(const CommandLine& commandLine, const MainInterface& mainInterface, bool& threadsStay) {
   prepareProcess();
   // The display may go away at the very end of the process, and says so then.
   static JournalLog log;
@@ -104,7 +127,9 @@ int runGtk(const CommandLine& commandLine, const MainInterface& mainInterface) {
     if (!commandLine.allowDebugger) forbidDebuggers();
   };
   if (!isLookedInto) forbidUnlessAllowed();
-  if (!initToolkit()) {
+  const bool drawsWithGl =
+      commandLine.ui == UiChoice::bundle && uiBundleFor(commandLine).missing().empty();
+  if (!initToolkit(drawsWithGl)) {
     return refuse(kExitNoDesktop,
                   "the display cannot be used; --platform headless runs without one");
   }
@@ -121,15 +146,17 @@ int runGtk(const CommandLine& commandLine, const MainInterface& mainInterface) {
     return 0;
   }
   std::optional<DataDirectory> directory;
+  ScriptedUi* scripted = nullptr;
+  const auto ui = makeUi(commandLine, scripted);
   std::optional<GtkPlatform> host;
   const auto refused = openHost(commandLine.dataDirectory, directory, [&](const std::string& path) {
     host.emplace(
-        path, dispatch, [&] { dispatch.quit(); }, forbidUnlessAllowed);
+        path, dispatch, *ui, [&] { dispatch.quit(); }, forbidUnlessAllowed);
   });
   if (refused) return *refused;
   endWithDisplay();
   std::optional<Console> console;
-  if (commandLine.console) console.emplace(host->ui, dispatch, &refuseDesktopEvent);
+  if (scripted) console.emplace(*scripted, dispatch, &refuseDesktopEvent);
   quitOnSignals(dispatch);
   host->desktop.launch(mainInterface, /*takesKeyboard=*/!commandLine.atLogin);
   if (isLookedInto && !commandLine.allowDebugger) forbidDebuggersLater();
@@ -149,7 +176,20 @@ int runGtk(const CommandLine& commandLine, const MainInterface& mainInterface) {
   if (console) console->start();
   warmUpWhenIdle(host->workspace);
   dispatch.run();
+  threadsStay = ui->processEnds();
   return 0;
+}
+
+}  // namespace
+
+int runGtk(const CommandLine& commandLine, const MainInterface& mainInterface) {
+  bool threadsStay = false;
+  const int status = runHost(commandLine, mainInterface, threadsStay);
+  if (threadsStay) {
+    std::fflush(nullptr);
+    std::_Exit(status);
+  }
+  return status;
 }
 
 }  // namespace norvane

@@ -13,7 +13,8 @@ constexpr const char* kIdentitiesKey = "NorvaneCredentialIdentities";
 }  // namespace
 
 GtkPlatform::GtkPlatform(const std::string& dataDirectory, GlibDispatch& mainDispatch,
-                         const std::function<void()>& quit, std::function<void()> portalAnswered)
+                         WindowUi& windowUi, const std::function<void()>& quit,
+                         std::function<void()> portalAnswered)
     : dispatch(mainDispatch),
       application(quit),
       fileManager(dataDirectory),
@@ -22,6 +23,7 @@ GtkPlatform::GtkPlatform(const std::string& dataDirectory, GlibDispatch& mainDis
       credentialStore(dataDirectory, dispatch,
                       {.isEnabled = userDefaults.boolForKey(kIdentitiesKey),
                        .supportsIncrementalUpdates = true}),
+      ui(windowUi.embedder()),
       graphics(bundle.bundlePath()),
       heldHotkeys(makeHotkeys(eventTime, dispatch, std::move(portalAnswered))),
       hotkeys(*heldHotkeys),
@@ -34,7 +36,7 @@ GtkPlatform::GtkPlatform(const std::string& dataDirectory, GlibDispatch& mainDis
       appService(bundle.bundlePath() + "/Contents/MacOS/Norvane"),
       updater(dispatch, bundle.infoText("SUFeedURL"), NORVANE_VERSION),
       workspace(bundle.bundleIdentifier()),
-      desktop(application, dispatch, eventTime),
+      desktop(application, dispatch, eventTime, windowUi),
       platform(platformOf(*this)),
       installed(platform) {}
 

@@ -4,7 +4,6 @@
 #include <memory>
 #include <string>
 
-#include "platform/console/scripted_ui.h"
 #include "platform/gtk/gtk_desktop.h"
 #include "platform/gtk/gtk_graphics.h"
 #include "platform/gtk/gtk_pasteboard.h"
@@ -20,6 +19,7 @@
 #include "platform/session/autostart_entry.h"
 #include "platform/session/desktop_bundle.h"
 #include "platform/session/secret_service_keychain.h"
+#include "platform/ui/window_ui.h"
 #include "platform/x11/event_time.h"
 #include "platform/x11/idle_time.h"
 #include "platform/x11/x11_keyboard.h"
@@ -28,9 +28,9 @@
 namespace norvane {
 
 /// The services of the real desktop, on one data directory that nobody else uses. Made once the
-/// toolkit runs. `portalAnswered` as in makeHotkeys.
+/// toolkit runs. `windowUi` outlives it; `portalAnswered` as in makeHotkeys.
 struct GtkPlatform {
-  GtkPlatform(const std::string& dataDirectory, GlibDispatch& dispatch,
+  GtkPlatform(const std::string& dataDirectory, GlibDispatch& dispatch, WindowUi& windowUi,
               const std::function<void()>& quit, std::function<void()> portalAnswered = {});
   /// Lets the application's windows and delegate go, while there is a platform for them.
   ~GtkPlatform();
@@ -45,7 +45,7 @@ struct GtkPlatform {
   SecretServiceKeychain keychain;
   JsonUserDefaults userDefaults;
   DatabaseCredentialStore credentialStore;
-  ScriptedUi ui;
+  FlutterEmbedder& ui;
   GtkGraphics graphics;
   const std::unique_ptr<CarbonEventManager> heldHotkeys;
   CarbonEventManager& hotkeys;

@@ -43,6 +43,8 @@ CommandLine parseCommandLine(int argc, char** argv) {
   char* profileArgument = nullptr;
   char* directoryArgument = nullptr;
   char* uiArgument = nullptr;
+  char* bundleArgument = nullptr;
+  char** programArguments = nullptr;
   gboolean allowDebugger = FALSE;
   gboolean atLogin = FALSE;
   gboolean quit = FALSE;
@@ -54,7 +56,11 @@ CommandLine parseCommandLine(int argc, char** argv) {
       {"desktop", 0, 0, G_OPTION_ARG_FILENAME, &profileArgument, "Describes the headless desktop",
        "PROFILE.json"},
       {"ui", 0, 0, G_OPTION_ARG_STRING, &uiArgument,
-       "What plays the UI on the gtk platform: console", "NAME"},
+       "What plays the UI on the gtk platform: bundle, the default, or console", "NAME"},
+      {"ui-bundle", 0, 0, G_OPTION_ARG_FILENAME, &bundleArgument,
+       "Where the UI lies that is played, instead of in Norvane.app", "DIR"},
+      {"ui-argument", 0, 0, G_OPTION_ARG_STRING_ARRAY, &programArguments,
+       "Hand TEXT to the UI program, behind the host's own arguments; may be repeated", "TEXT"},
       {"allow-debugger", 0, 0, G_OPTION_ARG_NONE, &allowDebugger,
        "Let processes of the same user look into this one", nullptr},
       {"at-login", 0, 0, G_OPTION_ARG_NONE, &atLogin,
@@ -72,7 +78,8 @@ CommandLine parseCommandLine(int argc, char** argv) {
   g_option_context_set_summary(
       context.get(),
       "LINK is an address that begins with norvane: and goes to the instance that runs already,\n"
-      "where one does. On the headless desktop, and with --ui console, standard input and output\n"
+      "where one does. On the headless desktop, with --ui console and with --console, standard "
+      "input\n"
       "speak the console protocol: one JSON object a line, see docs/console.md.");
   g_option_context_add_main_entries(context.get(), entries, nullptr);
   g_option_context_set_help_enabled(context.get(), FALSE);
@@ -93,6 +100,8 @@ CommandLine parseCommandLine(int argc, char** argv) {
   const GTextPtr directory(directoryArgument);
 
   const GTextPtr ui(uiArgument);
+  const GTextPtr uiBundle(bundleArgument);
+  const Arguments uiArguments(programArguments);
 
   if (!parsed) return usageError(error->message);
   if (help) {
@@ -119,8 +128,12 @@ CommandLine parseCommandLine(int argc, char** argv) {
     if (!isWellFormedUtf8(*argument)) return refused(kExitBadData, "a link must be UTF-8");
     commandLine.links.emplace_back(*argument);
   }
-  if (ui && std::string_view("console") != ui.get()) {
-    return usageError(std::string("no UI is named ") + ui.get());
+  if (ui && std::string_view("bundle") != ui.get()) {
+    if (std::string_view("console") != ui.get()) {
+      return usageError(std::string("no UI is named ") + ui.get());
+    }
+    if (uiBundle) return usageError("--ui-bundle is not played with --ui console");
+    commandLine.ui = UiChoice::console;
   }
   if (profile && !commandLine.headless) {
     return usageError("--desktop describes the headless desktop: add --platform headless");
@@ -134,7 +147,10 @@ CommandLine parseCommandLine(int argc, char** argv) {
   }
   commandLine.dataDirectory = directory ? directory.get() : DataDirectory::defaultPath();
   if (profile) commandLine.desktopProfile = profile.get();
-  commandLine.console = ui != nullptr;
+  if (uiBundle) commandLine.uiBundle = uiBundle.get();
+  for (char** text = uiArguments.get(); text && *text; ++text) {
+    commandLine.uiArguments.emplace_back(*text);
+  }
   commandLine.allowDebugger = allowDebugger;
   commandLine.atLogin = atLogin;
   commandLine.quit = quit;

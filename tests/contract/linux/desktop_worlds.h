@@ -21,6 +21,7 @@
 #include "platform/linux/glib_handles.h"
 #include "platform/session/autostart_entry.h"
 #include "platform/session/secret_service_keychain.h"
+#include "platform/ui/played_ui.h"
 #include "platform/x11/event_time.h"
 #include "platform/x11/idle_time.h"
 #include "platform/x11/x11_hotkeys.h"
@@ -203,7 +204,8 @@ class DesktopStatusBar {
 };
 
 struct DesktopWindows : WindowsWorld {
-  GtkPlatform host{directory, dispatch, [] {}};
+  PlayedUi ui;
+  GtkPlatform host{directory, dispatch, ui, [] {}};
 
   static GtkWindow* shownWindow() {
     const std::unique_ptr<GList, Deleter<g_list_free>> all(gtk_window_list_toplevels());

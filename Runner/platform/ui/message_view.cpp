@@ -1,4 +1,4 @@
-#include "platform/gtk/placeholder_view.h"
+#include "platform/ui/message_view.h"
 
 #include <gtk/gtk.h>
 
@@ -9,9 +9,8 @@ constexpr const char* kStyle =
     ".norvane-card { background: #20242c; border-radius: 14px; border: 1px solid #3d4452; }"
     ".norvane-card label { color: #e8eaf0; }";
 
-GtkWidget* label(const char* markup) {
-  GtkWidget* text = gtk_label_new(nullptr);
-  gtk_label_set_markup(GTK_LABEL(text), markup);
+GtkWidget* label(const char* words) {
+  GtkWidget* text = gtk_label_new(words);
   gtk_label_set_line_wrap(GTK_LABEL(text), TRUE);
   gtk_label_set_justify(GTK_LABEL(text), GTK_JUSTIFY_CENTER);
   return text;
@@ -19,7 +18,7 @@ GtkWidget* label(const char* markup) {
 
 }  // namespace
 
-GtkWidget* makePlaceholderView(bool isPanel) {
+GtkWidget* makeMessageView(bool isPanel, const std::string& message) {
   GtkWidget* card = gtk_event_box_new();
   if (isPanel) {
     GtkCssProvider* provider = gtk_css_provider_new();
@@ -32,10 +31,14 @@ GtkWidget* makePlaceholderView(bool isPanel) {
   }
   GtkWidget* texts = gtk_box_new(GTK_ORIENTATION_VERTICAL, 12);
   gtk_widget_set_valign(texts, GTK_ALIGN_CENTER);
-  gtk_container_add(GTK_CONTAINER(texts), label(isPanel ? "<big><b>Quick Access</b></big>"
-                                                        : "<big><b>Norvane</b></big>"));
-  gtk_container_add(GTK_CONTAINER(texts),
-                    label("The user interface shows here.\nThis host has no UI engine yet."));
+  GtkWidget* headline = label(isPanel ? "Quick Access" : "Norvane");
+  PangoAttrList* large = pango_attr_list_new();
+  pango_attr_list_insert(large, pango_attr_scale_new(PANGO_SCALE_LARGE));
+  pango_attr_list_insert(large, pango_attr_weight_new(PANGO_WEIGHT_BOLD));
+  gtk_label_set_attributes(GTK_LABEL(headline), large);
+  pango_attr_list_unref(large);
+  gtk_container_add(GTK_CONTAINER(texts), headline);
+  gtk_container_add(GTK_CONTAINER(texts), label(message.c_str()));
   gtk_container_add(GTK_CONTAINER(card), texts);
   gtk_widget_show_all(card);
   return card;
