@@ -2,7 +2,7 @@
 # install their modules.
 file(GLOB SCRIPTS CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/tests/e2e/*_test.py)
 if(TARGET norvane_desktop)
-  add_test(NAME ui_bundle COMMAND /usr/bin/python3 ${CMAKE_SOURCE_DIR}/tests/e2e/ui_bundle.py)
+  add_test(NAME ui_bundle COMMAND /usr/bin/python3 ${CMAKE_SOURCE_DIR}/tools/ui_bundle.py)
   set_tests_properties(ui_bundle PROPERTIES
     FIXTURES_SETUP ui_bundle RESOURCE_LOCK ui_bundle
     SKIP_REGULAR_EXPRESSION "skipped: no UI bundle to be had")

@@ -13,7 +13,7 @@ import tempfile
 import zipfile
 
 HERE = os.path.dirname(os.path.abspath(__file__))
-BUILD = os.path.join(os.path.dirname(os.path.dirname(HERE)), "build")
+BUILD = os.path.join(os.path.dirname(HERE), "build")
 BUNDLE = os.path.join(BUILD, "ui-bundle", "flet")
 
 
