@@ -20,9 +20,10 @@ set(ARROWS
   "platform/session:base platform platform/linux"
   "platform/x11:base platform platform/linux platform/session"
   "platform/ui:base platform platform/console platform/flutter platform/linux"
-  "platform/gtk:base platform platform/console platform/linux platform/session platform/ui platform/x11")
+  "platform/explorer:base platform platform/console platform/flutter platform/linux platform/ui"
+  "platform/gtk:base platform platform/console platform/explorer platform/linux platform/session platform/ui platform/x11")
 # These use the platform's libraries.
-set(SYSTEM "^platform/(linux|console|headless|session|x11|ui|gtk)$")
+set(SYSTEM "^platform/(linux|console|headless|session|x11|ui|explorer|gtk)$")
 # Not among them: threads, clocks, files and the environment belong to the platform.
 set(STANDARD algorithm|array|bit|cassert|charconv|cmath|compare|concepts|cstddef|cstdint|cstdlib|cstring|cwchar|deque|exception|functional|initializer_list|iterator|limits|locale|map|memory|new|numeric|optional|ranges|set|span|sstream|stdexcept|string|string_view|system_error|tuple|type_traits|utility|variant|vector)
 

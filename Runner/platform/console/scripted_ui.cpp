@@ -9,14 +9,20 @@ bool ScriptedUi::send(const std::string& engine, const std::string& channel, Byt
                       FlutterBinaryReply::Sink reply) {
   const auto found = engines_.find(engine);
   if (found == engines_.end()) return false;
+  const std::uint64_t number = ++sent_;
+  for (UiObserver* observer : observers_) observer->sent(number, engine, channel, message);
+  auto answer = [this, number, reply = std::move(reply)](Bytes answered) mutable {
+    for (UiObserver* observer : observers_) observer->answered(number, answered);
+    reply(std::move(answered));
+  };
   const auto bound = bound_.find(found->second);
   if (bound == bound_.end() || !bound->second.contains(channel)) {
-    reply({});
+    answer({});
     return true;
   }
   // Kept for the call: a handler may end its own engine.
   const auto messenger = found->second->binaryMessenger();
-  messenger->deliver(channel, std::move(message), std::move(reply));
+  messenger->deliver(channel, std::move(message), std::move(answer));
   return true;
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <functional>
+#include <cstdint>
 #include <map>
 #include <set>
 #include <string>
@@ -21,6 +21,11 @@ class UiObserver {
   virtual void pluginRegistered(std::string_view engine, std::string_view name) = 0;
   /// The host calls the UI.
   virtual void called(std::string_view engine, std::string_view channel, const Bytes& message) = 0;
+  /// The UI calls the host, whoever plays it: its message of that number.
+  virtual void sent(std::uint64_t /*number*/, std::string_view /*engine*/,
+                    std::string_view /*channel*/, const Bytes& /*message*/) {}
+  /// The answer to that message, just before whoever sent it gets it.
+  virtual void answered(std::uint64_t /*number*/, const Bytes& /*reply*/) {}
 };
 
 /// UI programs that are played by someone else: the console, or a test. Main thread.
@@ -46,6 +51,7 @@ class ScriptedUi : public FlutterEmbedder {
 
  private:
   std::vector<UiObserver*> observers_;
+  std::uint64_t sent_ = 0;
   std::map<std::string, FlutterEngine*> engines_;
   std::map<const FlutterEngine*, std::set<std::string, std::less<>>> bound_;
 };

@@ -12,6 +12,7 @@
 #include <gtk/gtk.h>
 
 #include "platform/console/console.h"
+#include "platform/explorer/explorer_ui.h"
 #include "platform/gtk/gtk_platform.h"
 #include "platform/linux/glib_dispatch.h"
 #include "platform/linux/host_process.h"
@@ -35,12 +36,23 @@ UiBundle uiBundleFor(const CommandLine& commandLine) {
   return UiBundle(std::filesystem::absolute(commandLine.uiBundle.value_or(carried)));
 }
 
-/// The UI that the command line names, and in `scripted` what the console plays, if that is it.
+UiChoice uiFor(const CommandLine& commandLine) {
+  if (commandLine.ui) return *commandLine.ui;
+  return uiBundleFor(commandLine).exists() ? UiChoice::bundle : UiChoice::explorer;
+}
+
+/// The UI, and in `scripted` where the console speaks, if it does.
 std::unique_ptr<WindowUi> makeUi(const CommandLine& commandLine, ScriptedUi*& scripted) {
-  if (commandLine.ui == UiChoice::console) {
+  const UiChoice choice = uiFor(commandLine);
+  if (choice == UiChoice::console) {
     auto played = std::make_unique<PlayedUi>();
     scripted = &played->embedder();
     return played;
+  }
+  if (choice == UiChoice::explorer) {
+    auto explorer = std::make_unique<ExplorerUi>();
+    if (commandLine.console) scripted = &explorer->embedder();
+    return explorer;
   }
   return std::make_unique<LibraryUi>(uiBundleFor(commandLine), commandLine.uiArguments,
                                      DesktopBundle().infoTexts("UIPlugins"));
@@ -128,7 +140,7 @@ int runHost(const CommandLine& commandLine, const MainInterface& mainInterface, 
   };
   if (!isLookedInto) forbidUnlessAllowed();
   const bool drawsWithGl =
-      commandLine.ui == UiChoice::bundle && uiBundleFor(commandLine).missing().empty();
+      uiFor(commandLine) == UiChoice::bundle && uiBundleFor(commandLine).missing().empty();
   if (!initToolkit(drawsWithGl)) {
     return refuse(kExitNoDesktop,
                   "the display cannot be used; --platform headless runs without one");

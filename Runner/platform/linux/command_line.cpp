@@ -36,6 +36,13 @@ bool isLink(const char* argument) {
   return scheme && g_ascii_strcasecmp(scheme.get(), "norvane") == 0;
 }
 
+std::optional<UiChoice> uiNamed(std::string_view name) {
+  if (name == "bundle") return UiChoice::bundle;
+  if (name == "explorer") return UiChoice::explorer;
+  if (name == "console") return UiChoice::console;
+  return std::nullopt;
+}
+
 }  // namespace
 
 CommandLine parseCommandLine(int argc, char** argv) {
@@ -47,6 +54,7 @@ CommandLine parseCommandLine(int argc, char** argv) {
   char** programArguments = nullptr;
   gboolean allowDebugger = FALSE;
   gboolean atLogin = FALSE;
+  gboolean console = FALSE;
   gboolean quit = FALSE;
   gboolean startedByBus = FALSE;  // which says itself what it wants
   gboolean version = FALSE;
@@ -56,7 +64,11 @@ CommandLine parseCommandLine(int argc, char** argv) {
       {"desktop", 0, 0, G_OPTION_ARG_FILENAME, &profileArgument, "Describes the headless desktop",
        "PROFILE.json"},
       {"ui", 0, 0, G_OPTION_ARG_STRING, &uiArgument,
-       "What plays the UI on the gtk platform: bundle, the default, or console", "NAME"},
+       "What plays the UI on the gtk platform: bundle, the default where Norvane.app has one; "
+       "explorer, the default otherwise; or console",
+       "NAME"},
+      {"console", 0, 0, G_OPTION_ARG_NONE, &console, "Let the console speak beside the explorer",
+       nullptr},
       {"ui-bundle", 0, 0, G_OPTION_ARG_FILENAME, &bundleArgument,
        "Where the UI lies that is played, instead of in Norvane.app", "DIR"},
       {"ui-argument", 0, 0, G_OPTION_ARG_STRING_ARRAY, &programArguments,
@@ -80,7 +92,7 @@ CommandLine parseCommandLine(int argc, char** argv) {
       "LINK is an address that begins with norvane: and goes to the instance that runs already,\n"
       "where one does. On the headless desktop, with --ui console and with --console, standard "
       "input\n"
-      "speak the console protocol: one JSON object a line, see docs/console.md.");
+      "and output speak the console protocol: one JSON object a line, see docs/console.md.");
   g_option_context_add_main_entries(context.get(), entries, nullptr);
   g_option_context_set_help_enabled(context.get(), FALSE);
   gboolean help = FALSE;
@@ -128,12 +140,19 @@ CommandLine parseCommandLine(int argc, char** argv) {
     if (!isWellFormedUtf8(*argument)) return refused(kExitBadData, "a link must be UTF-8");
     commandLine.links.emplace_back(*argument);
   }
-  if (ui && std::string_view("bundle") != ui.get()) {
-    if (std::string_view("console") != ui.get()) {
-      return usageError(std::string("no UI is named ") + ui.get());
-    }
-    if (uiBundle) return usageError("--ui-bundle is not played with --ui console");
-    commandLine.ui = UiChoice::console;
+  if (ui) {
+    commandLine.ui = uiNamed(ui.get());
+    if (!commandLine.ui) return usageError(std::string("no UI is named ") + ui.get());
+  } else if (uiBundle) {
+    commandLine.ui = UiChoice::bundle;
+  } else if (console) {
+    commandLine.ui = UiChoice::explorer;
+  }
+  if (uiBundle && commandLine.ui != UiChoice::bundle) {
+    return usageError(std::string("--ui-bundle is not played with --ui ") + ui.get());
+  }
+  if (console && commandLine.ui == UiChoice::bundle) {
+    return usageError("--console speaks beside the explorer, not beside a UI program");
   }
   if (profile && !commandLine.headless) {
     return usageError("--desktop describes the headless desktop: add --platform headless");
@@ -153,6 +172,7 @@ CommandLine parseCommandLine(int argc, char** argv) {
   }
   commandLine.allowDebugger = allowDebugger;
   commandLine.atLogin = atLogin;
+  commandLine.console = console;
   commandLine.quit = quit;
   return commandLine;
 }

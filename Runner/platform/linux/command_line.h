@@ -14,15 +14,16 @@ inline constexpr int kExitNoDataDirectory = 73;  ///< a data directory that cann
 inline constexpr int kExitInUse = 75;            ///< another host has the data directory
 
 /// What plays the UI on the real desktop; headless it is always the console.
-enum class UiChoice { bundle, console };
+enum class UiChoice { bundle, explorer, console };
 
 struct CommandLine {
   bool headless = false;  ///< the simulated desktop; otherwise the real one
   std::string dataDirectory;
   std::optional<std::string> desktopProfile;  ///< path of a profile, for the headless desktop
   // For the real desktop
-  UiChoice ui = UiChoice::bundle;
+  std::optional<UiChoice> ui;            ///< none: the bundle's where there is one, else explorer
   std::optional<std::string> uiBundle;   ///< where the UI lies, instead of in the bundle
+  bool console = false;                  ///< speaks beside the explorer
   std::vector<std::string> uiArguments;  ///< for the UI program, behind the host's own
   bool allowDebugger = false;            ///< lets processes of the same user look into this one
   bool atLogin = false;                  ///< started with the session, not by the person

@@ -51,15 +51,19 @@ void JsonAllocator::Free(void* memory) {
   std::free(memory);
 }
 
+JsonSyntaxError::JsonSyntaxError(const std::string& why, std::size_t at)
+    : JsonError("not JSON: " + why + " (at byte " + std::to_string(at) + ")"),
+      reason(why),
+      offset(at) {}
+
 JsonDocument parseJson(std::string_view text) {
   JsonDocument document;
   // Iterative: the text's depth must not cost stack before it is known.
   document.Parse<rapidjson::kParseValidateEncodingFlag | rapidjson::kParseIterativeFlag>(
       text.data(), text.size());
   if (document.HasParseError()) {
-    throw JsonError(std::string("not JSON: ") +
-                    rapidjson::GetParseError_En(document.GetParseError()) + " (at byte " +
-                    std::to_string(document.GetErrorOffset()) + ")");
+    throw JsonSyntaxError(rapidjson::GetParseError_En(document.GetParseError()),
+                          document.GetErrorOffset());
   }
   if (nestsDeeperThan(document, kMaxDepth)) throw JsonError("nested too deep");
   return document;

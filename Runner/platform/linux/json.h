@@ -38,6 +38,14 @@ class JsonError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+/// What is no JSON at all, for `reason`, at the byte `offset` of the text.
+class JsonSyntaxError : public JsonError {
+ public:
+  JsonSyntaxError(const std::string& reason, std::size_t offset);
+  const std::string reason;
+  const std::size_t offset;
+};
+
 /// Parses one JSON value, which may nest some hundred levels; throws JsonError.
 JsonDocument parseJson(std::string_view text);
 
