@@ -9,13 +9,13 @@ if(TARGET norvane_desktop)
 endif()
 foreach(SCRIPT IN LISTS SCRIPTS)
   get_filename_component(NAME ${SCRIPT} NAME_WE)
-  if((NAME MATCHES "^(desktop|ui)_test$" AND NOT TARGET norvane_desktop) OR
+  if((NAME MATCHES "^(desktop|explorer|ui)_test$" AND NOT TARGET norvane_desktop) OR
      (NAME STREQUAL hardening_test AND NOT CMAKE_BUILD_TYPE STREQUAL Release))
     continue()
   endif()
   add_test(NAME e2e_${NAME} COMMAND /usr/bin/python3 ${SCRIPT})
   set(ENVIRONMENT "NORVANE_BUNDLE=${NORVANE_BUNDLE_DIR};PYTHONPATH=${CMAKE_SOURCE_DIR}/tools;PYTHONDONTWRITEBYTECODE=1")
-  if(NAME MATCHES "^(desktop|ui)_test$")
+  if(NAME MATCHES "^(desktop|explorer|ui)_test$")
     # The toolkit keeps much until the process ends.
     list(APPEND ENVIRONMENT "ASAN_OPTIONS=detect_leaks=0")
     set_tests_properties(e2e_${NAME} PROPERTIES RUN_SERIAL ON)

@@ -74,14 +74,14 @@ GtkWidget* MethodList::build() {
 
   field_ = gtk_search_entry_new();
   gtk_entry_set_placeholder_text(GTK_ENTRY(field_), "Find a method");
-  setAccessibleName(field_, "Find a method");
+  setAccessibleName(list_, "Methods");
   connect(field_, "changed", this, [](GtkEntry*, MethodList* self) { self->narrow(); });
   connect(field_, "activate", this,
           [](GtkEntry*, MethodList* self) { gtk_widget_grab_focus(self->list_); });
   connect(field_, "stop-search", this,
           [](GtkEntry* field, MethodList*) { gtk_entry_set_text(field, ""); });
 
-  GtkWidget* const label = makeLabelFor(list_, "_Methods");
+  GtkWidget* const label = makeLabelFor(field_, "_Methods");
   GtkWidget* const box = gtk_box_new(GTK_ORIENTATION_VERTICAL, 6);
   gtk_container_set_border_width(GTK_CONTAINER(box), 12);
   gtk_widget_set_size_request(box, kWidth, -1);

@@ -44,6 +44,8 @@ GtkWidget* PanelView::make(ScriptedUi& ui) {
 GtkWidget* PanelView::build() {
   field_ = gtk_search_entry_new();
   connect(field_, "changed", this, [](GtkEntry*, PanelView* self) { self->narrow(); });
+  connect(field_, "stop-search", this,
+          [](GtkEntry*, PanelView* self) { self->send(encodeMethodCall("close", {})); });
   connect(field_, "activate", this, [](GtkEntry*, PanelView* self) { self->activateFirst(); });
 
   GtkWidget* const card = gtk_box_new(GTK_ORIENTATION_VERTICAL, 12);
@@ -93,10 +95,10 @@ GtkWidget* PanelView::buildActions() {
   setAccessibleName(list_, "What to do");
   gtk_list_box_set_selection_mode(GTK_LIST_BOX(list_), GTK_SELECTION_BROWSE);
   constexpr std::pair<const char*, const char*> kActions[] = {
-      {"Open this item in the main window", "openMain"},
       {"Open the main window", "openMain"},
       {"Pin the panel, or let it go", "setPinned"},
-      {"Close", "close"}};
+      {"Close", "close"},
+      {"Open the item of this id in the main window", "openMain"}};
   for (const auto& [title, method] : kActions) {
     GtkWidget* const texts = gtk_box_new(GTK_ORIENTATION_VERTICAL, 2);
     GtkWidget* const what = makeLabel("", "dim-label");
@@ -157,7 +159,7 @@ void PanelView::narrow() {
   bool isFirst = true;
   for (const Action& action : actions_) {
     const GTextPtr title(g_utf8_casefold(action.title, -1));
-    const bool isItem = &action == &actions_.front();  // opens what was typed
+    const bool isItem = &action == &actions_.back();  // opens what was typed
     const bool fits =
         isItem ? *text != '\0'
                : std::string_view(title.get()).find(wanted.get()) != std::string_view::npos;
@@ -187,7 +189,7 @@ Bytes PanelView::messageOf(const Action& action) const {
   if (action.method == std::string_view("setPinned")) {
     return encodeMethodCall(action.method, FlutterMap{{"pinned", !isPinned_}});
   }
-  if (&action != &actions_.front()) return encodeMethodCall(action.method, {});
+  if (&action != &actions_.back()) return encodeMethodCall(action.method, {});
   const char* const typed = gtk_entry_get_text(GTK_ENTRY(field_));
   return encodeMethodCall(action.method, FlutterMap{{"editItemId", typed}});
 }

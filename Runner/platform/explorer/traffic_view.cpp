@@ -76,7 +76,7 @@ std::string summaryOf(const TrafficEntry& entry) {
 
 std::string detailOf(const TrafficEntry& entry, bool isRevealed) {
   std::string text = timeOf(entry) + "  " + wayOf(entry) + "\n" +
-                     (entry.channel.empty() ? entry.engine : entry.channel) + "  " + entry.name;
+                     (entry.channel.empty() ? callOf(entry) : entry.channel + "  " + entry.name);
   if (!entry.channel.empty()) {
     text += "\n\narguments, of the engine " + entry.engine + ":\n";
     if (entry.isSecret() && !isRevealed) {
