@@ -17,8 +17,9 @@ import time
 from Xlib import X, XK, display, error
 from Xlib.ext import xtest
 
-ROUNDS = 9
+ROUNDS = 15
 WARM = 20  # showings of the panel
+TRIPS = 5  # processes a side, of a thousand round trips each
 TIMEOUT = 30  # seconds; nothing takes this long
 AREA = 160, 160  # of a window's middle, where the program draws first
 PLUGINS = ["ScreenRetrieverLinuxPlugin", "WindowManagerPlugin"]  # without which it draws nothing
@@ -114,6 +115,15 @@ class Program:
             return next(int(line.split()[1]) / 1024 for line in file if line.startswith("Pss:"))
 
 
+def round_trip(build, bundle, side):
+    """Of a call of the program and its answer, in microseconds."""
+    program = os.path.join(build, "bench", "ui_round_trip")
+    with tempfile.TemporaryDirectory() as home:
+        return int(subprocess.run([program, bundle, side], check=True, stdout=subprocess.PIPE,
+                                  stderr=subprocess.DEVNULL, timeout=2 * TIMEOUT,
+                                  env=os.environ | {"HOME": home, "TMPDIR": home}).stdout)
+
+
 def milliseconds(seconds):
     return f"{1000 * seconds:.0f} ms"
 
@@ -164,6 +174,13 @@ def main(build, bundle):
           f"warm {milliseconds(statistics.median(warm))}")
     print(f"memory (PSS): one engine {statistics.median(one):.0f} MB, "
           f"two {statistics.median(two):.0f} MB")
+    trips = {side: [] for side in ("host", "library")}
+    for _ in range(TRIPS):
+        for side, found in trips.items():
+            found.append(round_trip(build, bundle, side))
+    host, library = (statistics.median(found) for found in trips.values())
+    print(f"round trip Dart, handler, Dart: the host's messenger and codec {host:.0f} us, the library's "
+          f"own method channel {library:.0f} us: {host / library:.2f} times")
 
 
 if __name__ == "__main__":

@@ -108,7 +108,8 @@ class BareDesktop(DesktopTest):
     def test_its_windows_have_their_icon_and_it_loads_no_gl(self):
         host = self.host("--allow-debugger")  # the first program of the toolkit's on this display
         window = desktop.eventually("its window", lambda: desktop.window_named("Norvane"))
-        self.assertIn("Icon (48 x 48)", desktop.output_of("xprop", "-id", window, "_NET_WM_ICON"))
+        desktop.eventually("its icon", lambda: "Icon (48 x 48)" in desktop.output_of(
+            "xprop", "-id", window, "_NET_WM_ICON"))
         with open(f"/proc/{host.pid}/maps", encoding="utf-8") as maps:
             self.assertNotRegex(maps.read(), "libLLVM|libGLX_mesa")
         self.assert_ends_well(host)

@@ -73,7 +73,6 @@ bool initToolkit(bool drawsWithGl) {
     g_unsetenv("GDK_GL");
   }
   if (!gtk_init_check(nullptr, nullptr)) return false;
-  gtk_window_set_default_icon_name(kApplicationId);
   // What screen readers say; the toolkit would tell them the program's name, which is the id.
   ATK_OBJECT_GET_CLASS(atk_get_root())->get_name = [](AtkObject*) {
     return g_get_application_name();
@@ -93,12 +92,24 @@ void quitOnSignals(GlibDispatch& dispatch) {
   }
 }
 
-/// Looks at the other applications once when there is nothing else to do, so that the first hotkey
-/// need not wait for icon themes to load.
-void warmUpWhenIdle(X11Workspace& workspace) {
+/// The application's icon for all windows. The default reaches only those to come.
+void nameIcons() {
+  gtk_window_set_default_icon_name(kApplicationId);
+  GList* const windows = gtk_window_list_toplevels();
+  for (GList* at = windows; at; at = at->next) {
+    gtk_window_set_icon_name(GTK_WINDOW(at->data), kApplicationId);
+  }
+  g_list_free(windows);
+}
+
+/// Loads what needs icon themes when there is nothing else to do, so that neither the UI's first
+/// frame nor the first hotkey need wait for them: the windows' icon, and those of other
+/// applications.
+void loadIconsWhenIdle(X11Workspace& workspace) {
   g_idle_add_full(
       G_PRIORITY_LOW,
       [](gpointer data) -> gboolean {
+        nameIcons();
         static_cast<X11Workspace*>(data)->warmUp();
         return G_SOURCE_REMOVE;
       },
@@ -186,7 +197,7 @@ int runHost(const CommandLine& commandLine, const MainInterface& mainInterface, 
     dispatch.mainAsync([&host, link] { host->application.openURL(link); });
   }
   if (console) console->start();
-  warmUpWhenIdle(host->workspace);
+  ui->whenDrawn([&] { loadIconsWhenIdle(host->workspace); });
   dispatch.run();
   threadsStay = ui->processEnds();
   return 0;

@@ -33,7 +33,7 @@ EngineLibrary::EngineLibrary(const std::string& path) {
   const std::string machine = machineOf(path);
   if (!machine.empty() && machine != machineOf("/proc/self/exe"))
     refuse("is for another processor");
-  void* const handle = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+  void* const handle = ::dlopen(path.c_str(), RTLD_LAZY | RTLD_LOCAL);
   if (!handle) throw std::runtime_error(::dlerror());  // which begins with the path
   const auto find = [&](auto& function, const char* name, bool isNeeded = true) {
     void* const symbol = ::dlsym(handle, name);

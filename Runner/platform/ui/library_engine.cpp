@@ -127,6 +127,16 @@ void LibraryEngine::fail(const std::string& reason) {
   fillFrame();
 }
 
+void LibraryEngine::whenDrawn(std::function<void()> drawn) {
+  constexpr const char* kSignal = "first-frame";  // of newer libraries
+  if (!view_ || !g_signal_lookup(kSignal, G_OBJECT_TYPE(view_.get()))) return drawn();
+  using Drawn = std::function<void()>;
+  g_signal_connect_data(
+      view_.get(), kSignal, G_CALLBACK(+[](GtkWidget*, Drawn* told) { (*told)(); }),
+      new Drawn(std::move(drawn)),
+      [](gpointer told, GClosure*) { delete static_cast<Drawn*>(told); }, GConnectFlags{});
+}
+
 void LibraryEngine::leaveRunning() {
   if (!view_) return;
   g_signal_handlers_disconnect_by_data(view_.get(), this);

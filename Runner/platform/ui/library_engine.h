@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <set>
 #include <string>
@@ -34,6 +35,8 @@ class LibraryEngine {
   /// There is no view; the frame says why.
   void fail(const std::string& reason);
 
+  /// Calls `drawn` at the view's first frame; at once where none will be told.
+  void whenDrawn(std::function<void()> drawn);
   /// Whether it neither runs nor is waited for.
   bool isUnused() const;
   /// From now on the library's engine stays, whatever becomes of this and of the window.

@@ -65,6 +65,12 @@ void LibraryUi::run(FlutterEngine& engine, std::string_view entrypoint) {
   started.start(library_, *plugins_, project.get(), latePlugins_);
 }
 
+void LibraryUi::whenDrawn(std::function<void()> drawn) {
+  // The launch runs the main one alone.
+  if (engines_.empty()) return drawn();
+  engines_.begin()->second.whenDrawn(std::move(drawn));
+}
+
 // An engine that draws while its view is destroyed makes the library abort (g_mutex_clear of a
 // locked mutex): so none is ended with the process.
 bool LibraryUi::processEnds() {

@@ -25,6 +25,7 @@ class LibraryUi : public WindowUi, public FlutterEmbedder {
 
   FlutterEmbedder& embedder() override { return *this; }
   _GtkWidget* makeView(FlutterViewController& controller) override;
+  void whenDrawn(std::function<void()> drawn) override;
   bool processEnds() override;
 
   /// An entry point other than "main" travels as the program's first argument,

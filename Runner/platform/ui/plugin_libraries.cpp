@@ -23,7 +23,7 @@ std::string registeringFunction(std::string_view plugin) {
 
 PluginLibraries::PluginLibraries(const std::vector<std::string>& paths) {
   for (const std::string& path : paths) {
-    if (void* const handle = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL)) {
+    if (void* const handle = ::dlopen(path.c_str(), RTLD_LAZY | RTLD_LOCAL)) {
       handles_.push_back(handle);
     } else {
       NSLog(std::string("[Norvane] a plugin of the UI cannot be opened: ") + ::dlerror());
