@@ -113,7 +113,9 @@ class Start(ConsoleTest):
                 (64, "--data-dir", ""), (73, "--data-dir", file), (73, "--data-dir", file + "/x"),
                 (73, "--data-dir", self.path("unreadable")),
                 (65, "--platform", "gtk", "norvane://item/1", "norvane://\udcff"),
-                (64, "--quit", "norvane://item/1"),
+                (64, "--quit", "norvane://item/1"), (64, "--platform", "gtk", "--ui", "none"),
+                (64, "--platform", "gtk", "--ui", "explorer", "--ui-bundle", "x"),
+                (64, "--platform", "gtk", "--ui-bundle", "x", "--console"),
                 *((65, "--data-dir", self.data, "--desktop", profile)
                   for profile in [self.path("missing"), *profiles])]:
             self.assert_refused(status, *options)

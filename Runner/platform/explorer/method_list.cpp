@@ -120,7 +120,7 @@ void MethodList::fill() {
 bool MethodList::isShown(GtkTreeModel* model, GtkTreeIter* row) const {
   const auto* channel = infoIn<ChannelInfo>(model, row, kChannel);
   const auto* method = infoIn<MethodInfo>(model, row, kMethod);
-  if (wanted_.empty() || !channel) return true;  // a row that is just being filled has none
+  if (wanted_.empty()) return true;
   if (method) return fits(*channel, *method, wanted_);
   for (const MethodInfo& inner : channel->methods) {
     if (fits(*channel, inner, wanted_)) return true;

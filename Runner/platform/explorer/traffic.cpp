@@ -61,7 +61,7 @@ void Traffic::answered(std::uint64_t number, const Bytes& reply) {
   if (!call) return;
   call->duration = std::chrono::steady_clock::now() - call->begin;
   call->reply = decodeEnvelope(reply);
-  kept_ += reply.size();
+  if (call->reply) kept_ += reply.size();
   if (listener_) listener_->answered(*call);
 }
 

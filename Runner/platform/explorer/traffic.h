@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -51,8 +52,11 @@ class Traffic : public UiObserver {
   explicit Traffic(ScriptedUi& ui);
   ~Traffic() override;
 
-  /// At most one; null for none.
-  void setListener(TrafficListener* listener) { listener_ = listener; }
+  /// At most one; it takes the place of another.
+  void setListener(TrafficListener& listener) { listener_ = &listener; }
+  void removeListener(const TrafficListener& listener) {
+    if (listener_ == &listener) listener_ = nullptr;
+  }
   const std::deque<TrafficEntry>& entries() const { return entries_; }
   /// Null when it is there no longer.
   TrafficEntry* entry(std::uint64_t number);

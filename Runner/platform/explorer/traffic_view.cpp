@@ -107,9 +107,9 @@ double lastPlace(GtkAdjustment* place) {
 
 }  // namespace
 
-TrafficView::TrafficView(Traffic& traffic) : traffic_(traffic) { traffic_.setListener(this); }
+TrafficView::TrafficView(Traffic& traffic) : traffic_(traffic) { traffic_.setListener(*this); }
 
-TrafficView::~TrafficView() { traffic_.setListener(nullptr); }
+TrafficView::~TrafficView() { traffic_.removeListener(*this); }
 
 GtkWidget* TrafficView::make(Traffic& traffic) {
   std::unique_ptr<TrafficView> view(new TrafficView(traffic));
