@@ -124,8 +124,9 @@ void PanelView::called(std::string_view engine, std::string_view channel, const 
 
 void PanelView::sent(std::uint64_t /*number*/, std::string_view /*engine*/,
                      std::string_view channel, const Bytes& message) {
+  if (channel != kChannel) return;
   const auto call = decodeMethodCall(message);
-  if (channel != kChannel || !call || call->method() != "setPinned") return;
+  if (!call || call->method() != "setPinned") return;
   const auto arguments = call->arguments().textKeyedMap();
   isPinned_ = arguments && (*arguments)["pinned"].boolean().value_or(false);
   gtk_widget_set_visible(pin_, isPinned_);
