@@ -18,7 +18,7 @@ void JournalLog::write(std::string_view text) {
                               {"SYSLOG_IDENTIFIER", "norvane", -1}};
   const bool kept = g_log_writer_journald(G_LOG_LEVEL_INFO, fields, std::size(fields), nullptr) ==
                     G_LOG_WRITER_HANDLED;
-  if (kept && !::isatty(STDERR_FILENO)) return;
+  if (kept && g_log_writer_is_journald(STDERR_FILENO)) return;  // where it would stand twice
   // Nothing can be done about a log that cannot be written.
   (void)writeAll(STDERR_FILENO, line += '\n');
 }
