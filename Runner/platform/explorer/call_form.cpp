@@ -103,6 +103,7 @@ std::string CallForm::arguments() const {
 }
 
 void CallForm::show(const ChannelInfo& channel, const MethodInfo* method) {
+  if (channel_ == &channel && method_ == method) return;  // with its reply, or waiting for it
   if (method_) drafts_[method_] = arguments();
   channel_ = &channel;
   method_ = method;

@@ -120,6 +120,7 @@ void PanelView::called(std::string_view engine, std::string_view channel, const 
   if (engine != kEngine || channel != kChannel) return;
   const auto call = decodeMethodCall(message);
   if (call && call->method() == "shown") begin(call->arguments());
+  if (call && call->method() == "hidden") setPinned(false);  // as the host does
 }
 
 void PanelView::sent(std::uint64_t /*number*/, std::string_view /*engine*/,
@@ -128,7 +129,11 @@ void PanelView::sent(std::uint64_t /*number*/, std::string_view /*engine*/,
   const auto call = decodeMethodCall(message);
   if (!call || call->method() != "setPinned") return;
   const auto arguments = call->arguments().textKeyedMap();
-  isPinned_ = arguments && (*arguments)["pinned"].boolean().value_or(false);
+  setPinned(arguments && (*arguments)["pinned"].boolean().value_or(false));
+}
+
+void PanelView::setPinned(bool isPinned) {
+  isPinned_ = isPinned;
   gtk_widget_set_visible(pin_, isPinned_);
   narrow();
 }

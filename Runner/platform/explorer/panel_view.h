@@ -39,6 +39,7 @@ class PanelView : public UiObserver {
   _GtkWidget* buildActions();
   /// Shows `application`, which "shown" has told of, and waits for the person to type.
   void begin(FlutterValueView application);
+  void setPinned(bool isPinned);
   void narrow();
   void activate(_GtkListBoxRow* row);
   void activateFirst();

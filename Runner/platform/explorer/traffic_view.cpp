@@ -285,8 +285,8 @@ std::string TrafficView::lines() const {
 
 void TrafficView::copy() const {
   const TrafficEntry* const entry = chosen();
-  const bool isRevealed = gtk_toggle_button_get_active(GTK_TOGGLE_BUTTON(reveal_));
-  const std::string text = entry ? detailOf(*entry, isRevealed) : lines();
+  // Secrets stay hidden: clipboard managers would keep them.
+  const std::string text = entry ? detailOf(*entry, /*isRevealed=*/false) : lines();
   gtk_clipboard_set_text(gtk_widget_get_clipboard(list_, GDK_SELECTION_CLIPBOARD), text.data(),
                          static_cast<int>(text.size()));
 }
