@@ -26,6 +26,10 @@ Bytes hostBytes(GBytes* message) {
   return {data, data + size};
 }
 
+void tellOnce(std::function<void()>& told) {
+  if (const auto call = std::exchange(told, nullptr)) call();
+}
+
 /// The answer to one message of the UI program. One that is never given is "not implemented" as
 /// soon as it cannot be given any more: the library wants one for each message. Any thread.
 class Answer {
@@ -130,11 +134,12 @@ void LibraryEngine::fail(const std::string& reason) {
 void LibraryEngine::whenDrawn(std::function<void()> drawn) {
   constexpr const char* kSignal = "first-frame";  // of newer libraries
   if (!view_ || !g_signal_lookup(kSignal, G_OBJECT_TYPE(view_.get()))) return drawn();
-  using Drawn = std::function<void()>;
+  *drawn_ = std::move(drawn);
+  using Told = std::shared_ptr<std::function<void()>>;
   g_signal_connect_data(
-      view_.get(), kSignal, G_CALLBACK(+[](GtkWidget*, Drawn* told) { (*told)(); }),
-      new Drawn(std::move(drawn)),
-      [](gpointer told, GClosure*) { delete static_cast<Drawn*>(told); }, GConnectFlags{});
+      view_.get(), kSignal, G_CALLBACK(+[](GtkWidget*, Told* told) { tellOnce(**told); }),
+      new Told(drawn_), [](gpointer told, GClosure*) { delete static_cast<Told*>(told); },
+      GConnectFlags{});
 }
 
 void LibraryEngine::leaveRunning() {
@@ -180,6 +185,7 @@ void LibraryEngine::reportWhetherItRuns() {
   struct Question {
     std::shared_ptr<const EngineLibrary> library;
     std::string name;
+    std::shared_ptr<std::function<void()>> drawn;
   };
   const auto answered = +[](GObject* asked, GAsyncResult* result, gpointer data) {
     const std::unique_ptr<Question> question(static_cast<Question*>(data));
@@ -189,9 +195,10 @@ void LibraryEngine::reportWhetherItRuns() {
     const GErrorPtr error(raised);
     if (!error) return;
     NSLog("[Norvane] the UI of engine \"" + question->name + "\" does not run: " + error->message);
+    tellOnce(*question->drawn);  // there will be no frame to wait for
   };
   library_->messenger_send(messenger_.get(), "norvane/host", nullptr, nullptr, answered,
-                           new Question{library_, engine_.name()});
+                           new Question{library_, engine_.name(), drawn_});
 }
 
 void LibraryEngine::registerPlugin(const std::string& plugin) {

@@ -35,7 +35,8 @@ class LibraryEngine {
   /// There is no view; the frame says why.
   void fail(const std::string& reason);
 
-  /// Calls `drawn` at the view's first frame; at once where none will be told.
+  /// Calls `drawn` once: at the view's first frame, when its engine is found not to run, or at once
+  /// where neither will be told.
   void whenDrawn(std::function<void()> drawn);
   /// Whether it neither runs nor is waited for.
   bool isUnused() const;
@@ -66,6 +67,7 @@ class LibraryEngine {
   std::set<std::string, std::less<>> bound_;
   Outbox outbox_;
   bool wasShown_ = false;
+  std::shared_ptr<std::function<void()>> drawn_ = std::make_shared<std::function<void()>>();
 };
 
 }  // namespace norvane

@@ -31,7 +31,7 @@ void chooseRenderer() {
   if (environmentVariable(kVariable)) return;
   const GErrorPtr error = whyNoGl();
   if (!error) return;
-  g_setenv(kVariable, "software", FALSE);
+  g_setenv(kVariable, "software", FALSE);  // for the second engine as well, so it stays
   NSLog(std::string("[Norvane] the UI is drawn in software: ") + error->message);
 }
 
