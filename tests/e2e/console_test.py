@@ -116,6 +116,8 @@ class Start(ConsoleTest):
                 (64, "--quit", "norvane://item/1"), (64, "--platform", "gtk", "--ui", "none"),
                 (64, "--platform", "gtk", "--ui", "explorer", "--ui-bundle", "x"),
                 (64, "--platform", "gtk", "--ui-bundle", "x", "--console"),
+                (64, "--platform", "gtk", "--ui", "explorer", "--ui-argument", "x"),
+                (64, "--ui", "explorer"), (64, "--at-login"),
                 *((65, "--data-dir", self.data, "--desktop", profile)
                   for profile in [self.path("missing"), *profiles])]:
             self.assert_refused(status, *options)

@@ -148,6 +148,16 @@ CommandLine parseCommandLine(int argc, char** argv) {
   } else if (console) {
     commandLine.ui = UiChoice::explorer;
   }
+  const bool isUiGiven =
+      uiBundle || console || uiArguments || (ui && commandLine.ui != UiChoice::console);
+  if (commandLine.headless && (isUiGiven || atLogin)) {
+    return usageError(
+        "the headless desktop has the console alone: --ui, --ui-bundle, --ui-argument, "
+        "--console and --at-login are for the real one");
+  }
+  if (uiArguments && commandLine.ui && commandLine.ui != UiChoice::bundle) {
+    return usageError("--ui-argument is for a UI program, which is not played here");
+  }
   if (uiBundle && commandLine.ui != UiChoice::bundle) {
     return usageError(std::string("--ui-bundle is not played with --ui ") + ui.get());
   }
