@@ -103,7 +103,8 @@ class Lines(ConsoleTest):
 class Start(ConsoleTest):
     def test_what_cannot_be_run_is_refused_in_one_line_and_makes_nothing(self):
         self.assertIn("--data-dir", self.run_host("--help").stdout)
-        self.assertRegex(self.run_host("--version").stdout, r"\ANorvane \d+\.\d+\.\d+\n\Z")
+        self.assertRegex(self.run_host("--version").stdout,
+                         r"\ANorvane \d+\.\d+\.\d+( \([0-9a-f]+(-dirty)?\))?\n\Z")
         file = write(self.path("file"), "")
         os.makedirs(self.path("unreadable/user-defaults.json"))
         profiles = [write(self.path(f"{number}.json"), text)

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "platform/gtk/hotkeys.h"
+#include "platform/linux/version.h"
 
 namespace norvane {
 namespace {
@@ -34,7 +35,7 @@ GtkPlatform::GtkPlatform(const std::string& dataDirectory, GlibDispatch& mainDis
                              }},
                             {"Quit", quit}}),
       appService(bundle.bundlePath() + "/Contents/MacOS/Norvane"),
-      updater(dispatch, bundle.infoText("SUFeedURL"), NORVANE_VERSION),
+      updater(dispatch, bundle.infoText("SUFeedURL"), kVersion),
       workspace(bundle.bundleIdentifier()),
       desktop(application, dispatch, eventTime, windowUi),
       platform(platformOf(*this)),

@@ -11,11 +11,30 @@
 #include "platform/linux/atomic_file.h"
 #include "platform/linux/command_line.h"
 #include "platform/linux/process.h"
+#include "platform/linux/version.h"
+
+namespace {
+
+constexpr char kUsage[] = "norvane-keychain --data-dir DIR SERVICE ACCOUNT ACCESS_GROUP";
+constexpr char kHelp[] = R"(
+Writes the value of one item of the headless keychain to standard output, as the AutoFill extension
+would read it. The exit status is 1 where there is no such item, or it cannot be read.
+
+Options:
+  --data-dir DIR   The data directory of the host that keeps the item
+  --help           Print this help
+  --version        Print the version and the commit
+)";
+
+}  // namespace
 
 int main(int argc, char** argv) {
   using namespace norvane;
-  if (argc != 6 || std::string_view(argv[1]) != "--data-dir") {
-    std::fputs("usage: norvane-keychain --data-dir DIR SERVICE ACCOUNT ACCESS_GROUP\n", stderr);
+  const std::string_view option(argc > 1 ? argv[1] : "");
+  if (argc == 2 && option == "--help") return std::printf("Usage: %s\n%s", kUsage, kHelp) < 0;
+  if (argc == 2 && option == "--version") return std::printf("norvane-keychain %s\n", kBuild) < 0;
+  if (argc != 6 || option != "--data-dir") {
+    std::fprintf(stderr, "usage: %s\n", kUsage);
     return kExitUsage;
   }
   disableCoreDumps();

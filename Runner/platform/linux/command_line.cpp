@@ -9,6 +9,7 @@
 #include "base/utf8.h"
 #include "platform/linux/data_directory.h"
 #include "platform/linux/glib_handles.h"
+#include "platform/linux/version.h"
 
 namespace norvane {
 namespace {
@@ -83,7 +84,7 @@ CommandLine parseCommandLine(int argc, char** argv) {
        "Started by the session bus", nullptr},
       {"data-dir", 0, 0, G_OPTION_ARG_FILENAME, &directoryArgument,
        "Where everything is kept; by default in the XDG data home", "DIR"},
-      {"version", 0, 0, G_OPTION_ARG_NONE, &version, "Print the version", nullptr},
+      {"version", 0, 0, G_OPTION_ARG_NONE, &version, "Print the version and the commit", nullptr},
       {},
   };
   const Context context(g_option_context_new("[LINK…] - the desktop host of a password manager"));
@@ -122,7 +123,7 @@ CommandLine parseCommandLine(int argc, char** argv) {
     return ended(0);
   }
   if (version) {
-    std::puts("Norvane " NORVANE_VERSION);
+    std::printf("Norvane %s\n", kBuild);
     return ended(0);
   }
   CommandLine commandLine;
