@@ -93,7 +93,11 @@ CommandLine parseCommandLine(int argc, char** argv) {
       "LINK is an address that begins with norvane: and goes to the instance that runs already,\n"
       "where one does. On the headless desktop, with --ui console and with --console, standard "
       "input\n"
-      "and output speak the console protocol: one JSON object a line, see docs/console.md.");
+      "and output speak the console protocol: one JSON object a line, see console.md.");
+  g_option_context_set_description(context.get(),
+                                   "Environment:\n"
+                                   "  NORVANE_RUST_LIB_PATH      Where the core library is, before "
+                                   "Norvane.app is looked into\n");
   g_option_context_add_main_entries(context.get(), entries, nullptr);
   g_option_context_set_help_enabled(context.get(), FALSE);
   gboolean help = FALSE;
