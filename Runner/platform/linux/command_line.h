@@ -7,9 +7,9 @@
 namespace norvane {
 
 // Exit statuses, after sysexits.h.
-inline constexpr int kExitUsage = 64;      ///< a wrong command line
-inline constexpr int kExitBadData = 65;    ///< a profile or a link that is not valid
-inline constexpr int kExitNoDesktop = 69;  ///< no display, or a build without the real desktop
+inline constexpr int kExitUsage = 64;            ///< a wrong command line
+inline constexpr int kExitBadData = 65;          ///< a profile or a link that is not valid
+inline constexpr int kExitNoDesktop = 69;        ///< no display, or no norvane-desktop beside
 inline constexpr int kExitNoDataDirectory = 73;  ///< a data directory that cannot be used
 inline constexpr int kExitInUse = 75;            ///< another host has the data directory
 

@@ -19,7 +19,7 @@ int becomeDesktopProgram(char** argv) {
     const auto self = std::filesystem::read_symlink("/proc/self/exe");
     const std::string program = self.parent_path() / "norvane-desktop";
     ::execv(program.c_str(), argv);
-    why = errno == ENOENT ? "this build has no real desktop"
+    why = errno == ENOENT ? "the real desktop, norvane-desktop, is not installed"
                           : program + ": " + std::generic_category().message(errno);
   }
   std::fprintf(stderr, "Norvane: %s; --platform headless runs without one\n", why.c_str());
