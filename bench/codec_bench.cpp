@@ -69,7 +69,8 @@ void decodeSmallCall(benchmark::State& state) {
 BENCHMARK(decodeSmallCall);
 
 void encodeSync(benchmark::State& state) {
-  const auto call = decodeMethodCall(syncCall(static_cast<std::size_t>(state.range(0))));
+  const auto call =
+      decodeMethodCall(syncCall(makeLogins(static_cast<std::size_t>(state.range(0)))));
   const FlutterValue arguments = copyOf(call->arguments());
   std::size_t size = 0;
   double allocations = 0;
@@ -88,7 +89,7 @@ BENCHMARK(encodeSync)->Arg(1'000)->Arg(100'000)->Unit(benchmark::kMillisecond);
 
 /// The check of the whole message, then every text read through the views.
 void decodeSync(benchmark::State& state) {
-  const Bytes message = syncCall(static_cast<std::size_t>(state.range(0)));
+  const Bytes message = syncCall(makeLogins(static_cast<std::size_t>(state.range(0))));
   Bytes target(message.size());
   std::vector<double> ratios;
   double allocations = 0;

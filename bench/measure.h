@@ -16,15 +16,15 @@ double secondsOf(Work&& work) {
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-/// The most memory that this process has had at once since the meter was made, beyond what it had
-/// then.
-class PeakMemory {
+/// The memory that this process has beyond what it had when the meter was made.
+class MemoryUse {
  public:
-  PeakMemory() {
+  MemoryUse() {
     std::ofstream("/proc/self/clear_refs") << "5";  // the peak begins anew
     before_ = kilobytes("VmRSS:");
   }
-  double megabytes() const { return (kilobytes("VmHWM:") - before_) / 1024; }
+  double peakMegabytes() const { return (kilobytes("VmHWM:") - before_) / 1024; }
+  double megabytes() const { return (kilobytes("VmRSS:") - before_) / 1024; }
 
  private:
   static double kilobytes(std::string_view name) {

@@ -24,6 +24,7 @@
 
 #include <fcntl.h>
 #include <glib.h>
+#include <nlohmann/json.hpp>
 #include <spawn.h>
 #include <stdlib.h>
 #include <sys/stat.h>
@@ -36,11 +37,13 @@
 #include "platform/flutter/flutter_engine.h"
 #include "platform/flutter/standard_method_codec.h"
 #include "platform/headless/headless_platform.h"
+#include "platform/headless/keychain_directory.h"
 #include "platform/linux/atomic_file.h"
 #include "platform/linux/file_descriptor.h"
 #include "platform/linux/glib_dispatch.h"
 #include "platform/linux/openssl_crypto.h"
 #include "platform/linux/stderr_log.h"
+#include "support/open_envelope.h"
 
 namespace norvane {
 namespace {
@@ -163,10 +166,12 @@ class Host {
  public:
   struct Sync : Taken {
     double held = 0;  ///< seconds that the main thread could not serve anything else
+    double kept = 0;  ///< megabytes that stay after the reply, beyond those before the message
   };
 
   explicit Host(const std::string& directory)
-      : snapshot_(directory +
+      : directory_(directory),
+        snapshot_(directory +
                   "/Group Containers/group.cn.kestrio.norvane/Library/Application Support/"
                   "snapshot.enc"),
         platform_({}, directory, dispatch_, [] {}),
@@ -175,11 +180,12 @@ class Host {
     engine_.runWithEntrypoint("main");
   }
 
-  Sync run(const Bytes& message, std::size_t count) {
+  Sync run(const Bytes& message, const std::vector<Login>& logins) {
+    const MemoryUse sinceBefore;
     Bytes received = message;
     std::optional<Bytes> reply;
     Sync taken;
-    const PeakMemory peak;
+    const MemoryUse memory;
     taken.seconds = secondsOf([&] {
       taken.held = secondsOf([&] {
         platform_.ui.send("main", "cn.kestrio.norvane.autofill", std::move(received),
@@ -189,9 +195,30 @@ class Host {
       while (!reply) g_main_context_iteration(nullptr, TRUE);
       taken.held += processorSecondsOfThisThread() - before;
     });
-    taken.megabytes = peak.megabytes();
-    requireSuccess(std::move(*reply), count);
+    taken.megabytes = memory.peakMegabytes();
+    taken.kept = sinceBefore.megabytes();
+    requireSuccess(std::move(*reply), logins);
     return taken;
+  }
+
+  /// Opens the sealed file as the extension would, and compares what is in it.
+  void requireContent(const std::vector<Login>& logins) const {
+    const KeychainQuery item{"cn.kestrio.norvane.autofill.snapshot", "session-key", std::nullopt};
+    const auto keys = KeychainDirectory(directory_).find(&item);
+    const auto text =
+        keys.empty() ? std::nullopt : openEnvelope(keys[0].value, textOf(readFile(snapshot_)));
+    auto expected = nlohmann::json::array();
+    for (const Login& login : logins) {
+      if (!login.isComplete()) continue;
+      expected.push_back({{"id", login.id},
+                          {"title", login.title},
+                          {"url", login.url},
+                          {"username", login.username},
+                          {"password", login.password}});
+    }
+    if (!text || nlohmann::json::parse(*text) != expected) {
+      throw std::runtime_error("the snapshot does not hold the logins");
+    }
   }
 
   /// The part of a sync that the floor has no counterpart for.
@@ -210,14 +237,15 @@ class Host {
   std::size_t snapshotSize() const { return std::filesystem::file_size(snapshot_); }
 
  private:
-  static void requireSuccess(Bytes bytes, std::size_t count) {
+  static void requireSuccess(Bytes bytes, const std::vector<Login>& logins) {
     const auto reply = decodeEnvelope(std::move(bytes));
     const auto map = reply ? reply->value.map() : std::nullopt;
-    if (!map || (*map)["written"].integer() != completeLogins(count)) {
+    if (!map || (*map)["written"].integer() != std::ranges::count_if(logins, &Login::isComplete)) {
       throw std::runtime_error("the sync failed");
     }
   }
 
+  std::string directory_;
   std::string snapshot_;
   StderrLog log_;
   const ScopedLog installedLog_{log_};
@@ -246,18 +274,20 @@ class Series {
 
 void compare(const char* place, const std::string& parent, std::size_t count, int rounds) {
   const TemporaryDirectory directory(parent);
-  const Bytes message = syncCall(count);
+  const std::vector<Login> logins = makeLogins(count);
+  const Bytes message = syncCall(logins);
   Host host(directory.path);
   Peer peer(directory.path + "/peer.enc");
-  host.run(message, count);  // also says how much there is to seal and to write
+  host.run(message, logins);  // also says how much there is to seal and to write
+  host.requireContent(logins);
   Floor floor(message, host.snapshotSize(), directory.path + "/floor.enc");
   floor.run();
   peer.run(count);
 
-  Series floors, hosts, peers, ratios, keychains, held, hostMemory, peerMemory;
+  Series floors, hosts, peers, ratios, keychains, held, hostMemory, kept, peerMemory;
   for (int round = 0; round < rounds; ++round) {
     const double floorSeconds = floor.run().seconds;
-    const Host::Sync sync = host.run(message, count);
+    const Host::Sync sync = host.run(message, logins);
     const Taken other = peer.run(count);
     floors.add(floorSeconds);
     hosts.add(sync.seconds);
@@ -265,25 +295,27 @@ void compare(const char* place, const std::string& parent, std::size_t count, in
     ratios.add(sync.seconds / floorSeconds);
     held.add(sync.held / sync.seconds);
     hostMemory.add(sync.megabytes);
+    kept.add(sync.kept);
     peerMemory.add(other.megabytes);
     keychains.add(host.secondsOfKeychainItem());
   }
   std::printf(
-      "%-5s %7zu  %6.2f %8.3f | %8.3f %5.2f (%4.2f-%5.2f) %5.2f %8.3f %6.1f | %9.2f %6.1f %6.1f "
-      "%6.3f\n",
+      "%-5s %7zu  %6.2f %8.3f | %8.3f %5.2f (%4.2f-%5.2f) %5.2f %8.3f %6.1f %6.1f | %9.2f %6.1f "
+      "%6.1f %6.3f\n",
       place, count, static_cast<double>(message.size()) / (1 << 20), floors.median() * 1e3,
       hosts.median() * 1e3, hosts.median() / floors.median(), ratios.least(), ratios.most(),
-      held.median(), keychains.median() * 1e3, hostMemory.most(), peers.median() * 1e3,
-      peers.median() / floors.median(), peerMemory.most(), hosts.median() / peers.median());
+      held.median(), keychains.median() * 1e3, hostMemory.most(), kept.median(),
+      peers.median() * 1e3, peers.median() / floors.median(), peerMemory.most(),
+      hosts.median() / peers.median());
   std::fflush(stdout);
 }
 
 void run(int rounds, const std::string& disk) {
-  std::printf("%-5s %7s  %6s %8s | %8s %5s (%s) %5s %8s %6s | %9s %6s %6s %6s\n", "place", "logins",
-              "call", "floor", "host", "x", "of rounds", "held", "keychain", "adds", "peer", "x",
-              "adds", "host/");
-  std::printf("%-5s %7s  %6s %8s | %8s %5s  %9s %6s %8s %6s | %9s %6s %6s %6s\n", "", "", "MB",
-              "ms", "ms", "floor", "", "share", "item ms", "MB", "ms", "floor", "MB", "peer");
+  std::printf("%-5s %7s  %6s %8s | %8s %5s (%s) %5s %8s %6s %6s | %9s %6s %6s %6s\n", "place",
+              "logins", "call", "floor", "host", "x", "of rounds", "held", "keychain", "adds",
+              "keeps", "peer", "x", "adds", "host/");
+  std::printf("%-5s %7s  %6s %8s | %8s %5s  %9s %6s %8s %6s %6s | %9s %6s %6s %6s\n", "", "", "MB",
+              "ms", "ms", "floor", "", "share", "item ms", "MB", "MB", "ms", "floor", "MB", "peer");
   for (const auto& [place, directory] :
        {std::pair("tmpfs", std::string("/dev/shm")), std::pair("disk", disk)}) {
     for (const auto& [count, more] :

@@ -136,10 +136,10 @@ int main(int argc, char** argv) {
   Bytes message;
   std::size_t made = 0;
   for (std::size_t count; std::cin >> count;) {
-    if (made != count) message = syncCall(made = count);
+    if (made != count) message = syncCall(makeLogins(made = count));
     Bytes received = message;
-    const PeakMemory peak;
+    const MemoryUse memory;
     const double seconds = secondsOf([&] { sync(std::move(received), argv[1]); });
-    std::cout << seconds << ' ' << peak.megabytes() << std::endl;
+    std::cout << seconds << ' ' << memory.peakMegabytes() << std::endl;
   }
 }

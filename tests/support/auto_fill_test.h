@@ -4,6 +4,7 @@
 
 #include "platform/headless/keychain_directory.h"
 #include "support/host_test.h"
+#include "support/open_envelope.h"
 
 namespace norvane {
 
@@ -20,10 +21,6 @@ inline const Sealed kSnapshot{"syncVaultSnapshot", "autofill_sync_snapshot_faile
                               "snapshot.enc"};
 inline const Sealed kPasskeys{"syncPasskeyIndex", "passkey_sync_failed", "passkey-session-key",
                               "passkey_index.enc"};
-
-/// What a sealed envelope holds; nothing when it does not open.
-std::optional<std::string> openEnvelope(std::span<const std::uint8_t> key,
-                                        std::string_view envelope);
 
 /// The AutoFill extension: finds keys and files on its own. Any thread, beside the host.
 class Extension {
