@@ -1,8 +1,9 @@
 #include "base/utf8.h"
 
+#include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <cwchar>
 #include <optional>
 #include <utility>
@@ -10,31 +11,33 @@
 namespace norvane {
 namespace {
 
-constexpr std::uint64_t kHighBits = 0x8080808080808080;
-
-template <class Word>
-Word load(const unsigned char* at) {
-  Word word;
-  std::memcpy(&word, at, sizeof word);
-  return word;
+/// The bytes of `bytes` that do not go with the one, two and three bytes before each of them.
+ByteMask illFormedAfter(ByteVector bytes, ByteVector back1, ByteVector back2, ByteVector back3) {
+  const ByteMask continuation = (bytes & 0xC0) == 0x80;
+  const ByteMask expected = (back1 >= 0xC0) | (back2 >= 0xE0) | (back3 >= 0xF0);
+  const ByteMask never = ((bytes & 0xFE) == 0xC0) | (bytes >= 0xF5);
+  const ByteMask overlong = ((back1 == 0xE0) & (bytes < 0xA0)) | ((back1 == 0xF0) & (bytes < 0x90));
+  const ByteMask surrogate = (back1 == 0xED) & (bytes >= 0xA0);
+  const ByteMask aboveUnicode = (back1 == 0xF4) & (bytes >= 0x90);
+  return (continuation ^ expected) | never | overlong | surrogate | aboveUnicode;
 }
 
-// Most texts of a call are short and ASCII: steps of two words, the last ones overlapping.
-bool isAscii(const unsigned char* at, std::size_t size) {
-  std::uint64_t seen = 0;
-  if (size >= 16) {
-    seen = load<std::uint64_t>(at + size - 16) | load<std::uint64_t>(at + size - 8);
-    for (; size > 16; at += 16, size -= 16) {
-      seen |= load<std::uint64_t>(at) | load<std::uint64_t>(at + 8);
-    }
-  } else if (size >= 8) {
-    seen = load<std::uint64_t>(at) | load<std::uint64_t>(at + size - 8);
-  } else if (size >= 4) {
-    seen = load<std::uint32_t>(at) | load<std::uint32_t>(at + size - 4);
-  } else {
-    for (std::size_t i = 0; i < size; ++i) seen |= at[i];
-  }
-  return (seen & kHighBits) == 0;
+/// Of the sixteen bytes at `at`, which have three others before them.
+ByteMask illFormedAt(const char* at) {
+  return illFormedAfter(loadBytes(at), loadBytes(at - 1), loadBytes(at - 2), loadBytes(at - 3));
+}
+
+/// Of the first sixteen bytes of a text.
+ByteMask illFormedAtFront(const char* at) {
+  const ByteVector bytes = loadBytes(at);
+  return illFormedAfter(bytes, movedUp<1>(bytes), movedUp<2>(bytes), movedUp<3>(bytes));
+}
+
+bool endsInsideACharacter(std::string_view text) {
+  const auto back = [&](std::size_t places) {
+    return static_cast<unsigned char>(text[text.size() - places]);
+  };
+  return back(1) >= 0xC0 || back(2) >= 0xE0 || back(3) >= 0xF0;
 }
 
 bool isContinuation(unsigned char byte) { return (byte & 0xC0) == 0x80; }
@@ -99,21 +102,22 @@ std::optional<std::string> readInLocale(std::string_view foreign) {
 }  // namespace
 
 bool isWellFormedUtf8(std::string_view text) {
-  const auto* at = reinterpret_cast<const unsigned char*>(text.data());
-  std::size_t left = text.size();
-  if (isAscii(at, left)) return true;
-  while (left > 0) {
-    if (left >= 8 && (load<std::uint64_t>(at) & kHighBits) == 0) {
-      at += 8;
-      left -= 8;
-      continue;
+  constexpr std::size_t kStep = sizeof(ByteVector);
+  if (text.size() < 2 * kStep) {
+    std::array<char, 2 * kStep> padded{};  // what is cut off lacks its continuation in a zero
+    if (text.size() < kStep) {
+      std::ranges::copy(text, padded.begin());
+      return !anySet(illFormedAtFront(padded.data()));
     }
-    const std::size_t length = *at < 0x80 ? 1 : characterLength(at, left);
-    if (length == 0) return false;
-    at += length;
-    left -= length;
+    const std::size_t rest = text.size() - kStep;
+    storeBytes(loadBytes(text.data()), padded.data());
+    storeBytes(loadBytes(text.data() + rest), padded.data() + rest);
+    return !anySet(illFormedAtFront(text.data()) | illFormedAt(padded.data() + kStep));
   }
-  return true;
+  const char* const last = text.data() + text.size() - kStep;
+  ByteMask illFormed = illFormedAtFront(text.data()) | illFormedAt(last);
+  for (const char* at = text.data() + kStep; at < last; at += kStep) illFormed |= illFormedAt(at);
+  return !anySet(illFormed) && !endsInsideACharacter(text);
 }
 
 std::string utf8Of(std::string_view foreign) {

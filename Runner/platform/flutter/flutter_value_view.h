@@ -60,6 +60,7 @@ class FlutterValueView {
  private:
   friend class FlutterListView;
   friend class FlutterMapView;
+  friend class FlutterValueReader;
 
   /// The value that stands behind this one in the message.
   FlutterValueView next() const;
@@ -93,6 +94,8 @@ class FlutterListView {
   FlutterListView(FlutterValueView first, std::size_t count) : first_(first), count_(count) {}
 
   std::size_t size() const { return count_; }
+  /// To be read on from; not a value when the list is empty.
+  FlutterValueView first() const { return first_; }
   Iterator begin() const { return {first_, count_}; }
   Iterator end() const { return {{}, 0}; }
 

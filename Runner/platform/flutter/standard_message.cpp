@@ -9,108 +9,15 @@
 #include <variant>
 
 #include "base/utf8.h"
+#include "platform/flutter/flutter_value_reader.h"
+#include "platform/flutter/message_walker.h"
 
 namespace norvane {
 namespace {
 
-// Sizes: one byte below 254, else a marker and the size in 2 or 4 bytes.
-constexpr std::uint8_t kSize16 = 254;
-constexpr std::uint8_t kSize32 = 255;
-
 constexpr std::uint64_t kNoContainer = std::numeric_limits<std::uint64_t>::max();
 
-template <class T>
-T load(const std::uint8_t* at) {
-  T value;
-  std::memcpy(&value, at, sizeof value);
-  return value;
-}
-
-/// Moves over the values of a message, which is `Checked` on the way or trusted.
-template <bool Checked>
-class Walker {
- public:
-  explicit Walker(const std::uint8_t* at, const std::uint8_t* end = nullptr) : at_(at), end_(end) {}
-
-  /// Moves over one value; of a list or map only over its head, setting `children` to the number
-  /// of values that follow it. False when the value is ill-formed.
-  bool head(std::uint64_t& children) {
-    if (!has(1)) return false;
-    std::size_t count = 0;
-    switch (static_cast<FlutterType>(*at_++)) {
-      case FlutterType::null:
-      case FlutterType::yes:
-      case FlutterType::no:
-        return true;
-      case FlutterType::int32:
-        return skip(4);
-      case FlutterType::int64:
-        return skip(8);
-      case FlutterType::float64:
-        return aligned(8, 1);
-      case FlutterType::text: {
-        if (!size(count) || !has(count)) return false;
-        const std::string_view text(reinterpret_cast<const char*>(at_), count);
-        at_ += count;
-        return !Checked || isWellFormedUtf8(text);
-      }
-      case FlutterType::bytes:
-        return size(count) && skip(count);
-      case FlutterType::int32List:
-      case FlutterType::float32List:
-        return size(count) && aligned(4, count);
-      case FlutterType::int64List:
-      case FlutterType::float64List:
-        return size(count) && aligned(8, count);
-      case FlutterType::list:
-        if (!size(count)) return false;
-        children = count;
-        return has(children);  // every value takes at least one byte
-      case FlutterType::map:
-        if (!size(count)) return false;
-        children = 2 * std::uint64_t{count};
-        return has(children);
-    }
-    return false;
-  }
-
-  /// Moves over a size.
-  bool size(std::size_t& value) {
-    if (!has(1)) return false;
-    value = *at_++;
-    if (value < kSize16) return true;
-    const std::size_t width = value == kSize16 ? 2 : 4;
-    if (!has(width)) return false;
-    value = width == 2 ? load<std::uint16_t>(at_) : load<std::uint32_t>(at_);
-    at_ += width;
-    return true;
-  }
-
-  void align(std::size_t alignment) { at_ += padding(alignment); }
-  const std::uint8_t* position() const { return at_; }
-
- private:
-  bool has(std::uint64_t bytes) const {
-    return !Checked || bytes <= static_cast<std::uint64_t>(end_ - at_);
-  }
-  /// The message itself is aligned, so that an address says what is missing.
-  std::size_t padding(std::size_t alignment) const {
-    return -reinterpret_cast<std::uintptr_t>(at_) & (alignment - 1);
-  }
-  bool skip(std::uint64_t bytes) {
-    if (!has(bytes)) return false;
-    at_ += bytes;
-    return true;
-  }
-  bool aligned(std::size_t width, std::uint64_t count) {
-    return skip(padding(width)) && skip(width * count);
-  }
-
-  const std::uint8_t* at_;
-  const std::uint8_t* end_;
-};
-
-using TrustingWalker = Walker<false>;
+using TrustingWalker = MessageWalker<false>;
 
 /// A walker behind the type byte and the size of the value at `at`.
 TrustingWalker behindSize(const std::uint8_t* at, std::size_t& count) {
@@ -122,7 +29,7 @@ TrustingWalker behindSize(const std::uint8_t* at, std::size_t& count) {
 }  // namespace
 
 const std::uint8_t* checkedValueEnd(const std::uint8_t* at, const std::uint8_t* end) {
-  Walker<true> walker(at, end);
+  MessageWalker<true> walker(at, end);
   // Values still to come of the innermost open list or map, and of those around it; a map counts
   // its keys and values.
   std::uint64_t left = 1;
@@ -264,8 +171,8 @@ std::optional<bool> FlutterValueView::boolean() const {
 }
 
 std::optional<std::int64_t> FlutterValueView::integer() const {
-  if (type() == FlutterType::int32) return load<std::int32_t>(at_ + 1);
-  if (type() == FlutterType::int64) return load<std::int64_t>(at_ + 1);
+  if (type() == FlutterType::int32) return numberAt<std::int32_t>(at_ + 1);
+  if (type() == FlutterType::int64) return numberAt<std::int64_t>(at_ + 1);
   return std::nullopt;
 }
 
@@ -273,7 +180,7 @@ std::optional<double> FlutterValueView::float64() const {
   if (type() != FlutterType::float64) return std::nullopt;
   TrustingWalker walker(at_ + 1);
   walker.align(sizeof(double));
-  return load<double>(walker.position());
+  return numberAt<double>(walker.position());
 }
 
 std::optional<std::string_view> FlutterValueView::text() const {
@@ -335,14 +242,20 @@ std::optional<FlutterMapView> FlutterValueView::textKeyedMap() const {
   return entries;
 }
 
-FlutterValueView FlutterValueView::next() const {
+void FlutterValueReader::skip() {
   TrustingWalker walker(at_);
   for (std::uint64_t left = 1; left > 0; --left) {
     std::uint64_t children = 0;
     walker.head(children);
     left += children;
   }
-  return FlutterValueView(walker.position());
+  at_ = walker.position();
+}
+
+FlutterValueView FlutterValueView::next() const {
+  FlutterValueReader reader(*this);
+  reader.skip();
+  return reader.here();
 }
 
 FlutterListView::Iterator& FlutterListView::Iterator::operator++() {
