@@ -1,19 +1,24 @@
 #include "autofill/credential_identities.h"
 
-#include <array>
 #include <string>
 
 #include "base/base64.h"
 
 namespace norvane {
+namespace {
+
+constexpr MemberNames<4> kLoginMembers{"id", "username", "url", "title"};
+constexpr MemberNames<5> kPasskeyMembers{"id", "rp_id", "credential_id", "user_name",
+                                         "user_handle"};
+
+}  // namespace
 
 std::vector<ASPasswordCredentialIdentity> passwordIdentitiesOf(const Items& items) {
-  constexpr std::array<std::string_view, 4> kMembers{"id", "username", "url", "title"};
   using Type = ASCredentialServiceIdentifier::Type;
   std::vector<ASPasswordCredentialIdentity> identities;
-  for (const FlutterValueView item : items) {
-    const auto [id, username, url, title] = textMembers(item, kMembers);
-    if (!id || !isNotEmpty(username)) continue;
+  const bool complete = items.visit<kLoginMembers>([&](const auto& texts) {
+    const auto& [id, username, url, title] = texts;
+    if (!id || !isNotEmpty(username)) return;
     const bool hasUrl = isNotEmpty(url);
     identities.push_back({
         .serviceIdentifier = {.identifier = std::string(hasUrl ? *url : title.value_or("Norvane")),
@@ -21,19 +26,18 @@ std::vector<ASPasswordCredentialIdentity> passwordIdentitiesOf(const Items& item
         .user = std::string(*username),
         .recordIdentifier = std::string(*id),
     });
-  }
+  });
+  if (!complete) identities.clear();
   return identities;
 }
 
 std::vector<ASPasskeyCredentialIdentity> passkeyIdentitiesOf(const Items& items) {
-  constexpr std::array<std::string_view, 5> kMembers{"id", "rp_id", "credential_id", "user_name",
-                                                     "user_handle"};
   std::vector<ASPasskeyCredentialIdentity> identities;
-  for (const FlutterValueView item : items) {
-    const auto [id, rpId, credentialId, userName, userHandle] = textMembers(item, kMembers);
-    if (!id || !isNotEmpty(rpId) || !credentialId) continue;
+  const bool complete = items.visit<kPasskeyMembers>([&](const auto& texts) {
+    const auto& [id, rpId, credentialId, userName, userHandle] = texts;
+    if (!id || !isNotEmpty(rpId) || !credentialId) return;
     auto credential = decodeBase64(*credentialId);
-    if (!credential) continue;
+    if (!credential) return;
     identities.push_back({
         .relyingPartyIdentifier = std::string(*rpId),
         .userName = std::string(isNotEmpty(userName) ? *userName : *rpId),
@@ -41,7 +45,8 @@ std::vector<ASPasskeyCredentialIdentity> passkeyIdentitiesOf(const Items& items)
         .userHandle = decodeBase64(userHandle.value_or("")).value_or(std::vector<std::uint8_t>{}),
         .recordIdentifier = std::string(*id),
     });
-  }
+  });
+  if (!complete) identities.clear();
   return identities;
 }
 

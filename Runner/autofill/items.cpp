@@ -1,26 +1,13 @@
 #include "autofill/items.h"
 
-#include <utility>
-
 namespace norvane {
-namespace {
 
-std::vector<FlutterValueView> itemsOf(FlutterValueView arguments) {
-  std::vector<FlutterValueView> maps;
-  const auto map = arguments.textKeyedMap();
-  if (!map) return maps;
-  const auto items = (*map)["items"].list();
-  if (!items) return maps;
-  maps.reserve(items->size());
-  for (const FlutterValueView item : *items) {
-    if (!item.textKeyedMap()) return {};
-    maps.push_back(item);
-  }
-  return maps;
+Items::Items(FlutterMethodCall call) : call_(std::move(call)) {
+  const auto arguments = call_.arguments().textKeyedMap();
+  const auto items = arguments ? (*arguments)["items"].list() : std::nullopt;
+  if (!items) return;
+  first_ = items->first();
+  count_ = items->size();
 }
-
-}  // namespace
-
-Items::Items(FlutterMethodCall call) : call_(std::move(call)), maps_(itemsOf(call_.arguments())) {}
 
 }  // namespace norvane

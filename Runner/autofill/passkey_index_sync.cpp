@@ -1,6 +1,5 @@
 #include "autofill/passkey_index_sync.h"
 
-#include <array>
 #include <cstdint>
 #include <vector>
 
@@ -9,17 +8,16 @@
 namespace norvane {
 namespace {
 
-constexpr std::array<std::string_view, 7> kMembers{
-    "id", "rp_id", "credential_id", "private_key", "algorithm", "user_name", "user_handle"};
+constexpr MemberNames<7> kMembers{"id",        "rp_id",     "credential_id", "private_key",
+                                  "algorithm", "user_name", "user_handle"};
 
 std::vector<PasskeyIndex::Entry> entriesOf(const Items& items) {
   std::vector<PasskeyIndex::Entry> entries;
-  for (const FlutterValueView item : items) {
-    const auto [id, rpId, credentialId, privateKey, algorithm, userName, userHandle] =
-        textMembers(item, kMembers);
+  const bool complete = items.visit<kMembers>([&](const auto& texts) {
+    const auto& [id, rpId, credentialId, privateKey, algorithm, userName, userHandle] = texts;
     if (!id || !isNotEmpty(rpId) || !isNotEmpty(credentialId) || !isNotEmpty(privateKey) ||
         !algorithm) {
-      continue;
+      return;
     }
     entries.push_back({{"id", *id},
                        {"rp_id", *rpId},
@@ -28,7 +26,8 @@ std::vector<PasskeyIndex::Entry> entriesOf(const Items& items) {
                        {"algorithm", *algorithm},
                        {"user_name", userName.value_or("")},
                        {"user_handle", userHandle.value_or("")}});
-  }
+  });
+  if (!complete) entries.clear();
   return entries;
 }
 

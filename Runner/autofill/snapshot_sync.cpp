@@ -12,14 +12,14 @@
 namespace norvane {
 namespace {
 
-constexpr std::array<std::string_view, 5> kMembers{"id", "title", "url", "username", "password"};
+constexpr MemberNames<5> kMembers{"id", "title", "url", "username", "password"};
 
 /// Appends the entry of each item that makes one; gives their number.
 std::int64_t writeEntries(const Items& items, JsonArrayWriter& json) {
   std::int64_t written = 0;
-  for (const FlutterValueView item : items) {
-    const auto [id, title, url, username, password] = textMembers(item, kMembers);
-    if (!id || !username || !isNotEmpty(password)) continue;
+  const bool complete = items.visit<kMembers>([&](const auto& texts) {
+    const auto& [id, title, url, username, password] = texts;
+    if (!id || !username || !isNotEmpty(password)) return;
     const std::array<JsonMember, 5> entry{{{"id", *id},
                                            {"title", title.value_or("")},
                                            {"url", url.value_or("")},
@@ -27,6 +27,10 @@ std::int64_t writeEntries(const Items& items, JsonArrayWriter& json) {
                                            {"password", *password}}};
     json.object(entry);
     ++written;
+  });
+  if (!complete) {
+    json.discard();
+    written = 0;
   }
   json.finish();
   return written;

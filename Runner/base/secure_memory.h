@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <new>
 #include <vector>
 
@@ -15,6 +14,12 @@ void secureWipe(void* memory, std::size_t size);
 /// worked on (saved vector registers among them).
 void secureWipeStack();
 
+/// Memory for secrets, aligned for every type; large blocks have pages of their own. Null when
+/// there is none.
+void* secureAllocate(std::size_t size);
+/// Wipes and frees what secureAllocate gave for `size`.
+void secureFree(void* memory, std::size_t size);
+
 /// Wipes each block when it is freed, also the ones that a container leaves behind when it grows.
 template <class T>
 struct WipingAllocator {
@@ -24,16 +29,11 @@ struct WipingAllocator {
   template <class U>
   explicit(false) WipingAllocator(const WipingAllocator<U>&) {}
 
-  // malloc, not operator new: where the process replaces operator delete with one that wipes, the
-  // block would be wiped twice.
   T* allocate(std::size_t count) {
-    if (void* memory = std::malloc(count * sizeof(T))) return static_cast<T*>(memory);
+    if (void* memory = secureAllocate(count * sizeof(T))) return static_cast<T*>(memory);
     throw std::bad_alloc();
   }
-  void deallocate(T* memory, std::size_t count) {
-    secureWipe(memory, count * sizeof(T));
-    std::free(memory);
-  }
+  void deallocate(T* memory, std::size_t count) { secureFree(memory, count * sizeof(T)); }
   bool operator==(const WipingAllocator&) const = default;
 };
 
@@ -41,7 +41,8 @@ struct WipingAllocator {
 using Bytes = std::vector<std::uint8_t, WipingAllocator<std::uint8_t>>;
 
 /// A payload that is written front to back into one growing block. Growing moves pages, not bytes,
-/// so that no copy is left behind; what was used is wiped when freed. Throws std::bad_alloc.
+/// so that no copy is left behind; what was used is wiped when freed, unless it was declassified.
+/// Throws std::bad_alloc.
 class SecureBuffer {
  public:
   SecureBuffer() = default;
@@ -62,6 +63,13 @@ class SecureBuffer {
     return data_ + size_;
   }
   void advance(std::size_t size) { size_ += size; }
+  /// Says that what it holds now is no secret any more.
+  void declassify() { secret_ = false; }
+  /// Takes back what is behind the first `size` bytes, and wipes it.
+  void truncate(std::size_t size) {
+    secureWipe(data_ + size, size_ - size);
+    size_ = size;
+  }
 
  private:
   void grow(std::size_t more);
@@ -69,6 +77,7 @@ class SecureBuffer {
   std::uint8_t* data_ = nullptr;
   std::size_t size_ = 0;
   std::size_t capacity_ = 0;
+  bool secret_ = true;
 };
 
 }  // namespace norvane

@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <stdexcept>
 
-#include "base/utf8.h"
+#include "base/byte_vector.h"
 
 namespace norvane {
 namespace {
@@ -27,29 +27,16 @@ constexpr std::array<char, 256> kEscapes = [] {
 }();
 constexpr std::size_t kLongestEscape = 6;
 
-/// Collects whether a text has a byte that needs an escape and whether it has one beyond ASCII.
-class Scan {
- public:
-  // Zero bytes are found by the classic (x - 1) & ~x test on each byte, control characters by the
-  // same test with 0x20 for 1. Bytes beyond ASCII never count: ~word keeps them out of all three.
-  void add(std::uint64_t word) {
-    const auto below = [](std::uint64_t x, std::uint64_t limit) { return x - kOnes * limit; };
-    const std::uint64_t quotes = below(word ^ kOnes * '"', 1);
-    const std::uint64_t backslashes = below(word ^ kOnes * '\\', 1);
-    const std::uint64_t controls = below(word, 0x20);
-    escapes_ |= (quotes | backslashes | controls) & ~word;
-    highs_ |= word;
-  }
-  bool needsEscape() const { return (escapes_ & kHighs) != 0; }
-  bool isAscii() const { return (highs_ & kHighs) == 0; }
+constexpr std::size_t kStep = sizeof(ByteVector);
 
- private:
-  static constexpr std::uint64_t kOnes = 0x0101010101010101;
-  static constexpr std::uint64_t kHighs = 0x8080808080808080;
+ByteMask needEscape(ByteVector bytes) { return (bytes == '"') | (bytes == '\\') | (bytes < 0x20); }
 
-  std::uint64_t escapes_ = 0;
-  std::uint64_t highs_ = 0;
-};
+/// Copies sixteen bytes, and gives them.
+ByteVector copyBytes(const char* from, std::uint8_t* to) {
+  const ByteVector bytes = loadBytes(from);
+  storeBytes(bytes, to);
+  return bytes;
+}
 
 template <class Word>
 Word copyWord(const char* from, std::uint8_t* to) {
@@ -59,64 +46,84 @@ Word copyWord(const char* from, std::uint8_t* to) {
   return word;
 }
 
-/// Copies `text` to `to`, and scans it on the way. The last word overlaps the one before: there is
-/// no loop over single bytes but for texts of less than four.
-Scan copyScanned(std::string_view text, std::uint8_t* to) {
-  Scan scan;
-  const char* const from = text.data();
-  const std::size_t size = text.size();
+/// Copies fewer than sixteen bytes, and gives them in some order, spaces among them. Two words that
+/// overlap: no loop over bytes but for the shortest.
+ByteVector copyFew(std::string_view bytes, std::uint8_t* to) {
+  using Words [[gnu::vector_size(16)]] = std::uint64_t;
+  constexpr std::uint64_t kSpaces = 0x2020202020202020;
+  const char* const from = bytes.data();
+  const std::size_t size = bytes.size();
+  Words words{kSpaces, kSpaces};
   if (size >= 8) {
-    for (std::size_t at = 0; at + 8 < size; at += 8) {
-      scan.add(copyWord<std::uint64_t>(from + at, to + at));
-    }
-    scan.add(copyWord<std::uint64_t>(from + size - 8, to + size - 8));
+    const std::size_t back = size - 8;
+    words =
+        Words{copyWord<std::uint64_t>(from, to), copyWord<std::uint64_t>(from + back, to + back)};
   } else if (size >= 4) {
+    const std::size_t back = size - 4;
     const std::uint64_t front = copyWord<std::uint32_t>(from, to);
-    const std::uint64_t back = copyWord<std::uint32_t>(from + size - 4, to + size - 4);
-    scan.add(front | back << 32);
+    words[0] = front << 32 | copyWord<std::uint32_t>(from + back, to + back);
   } else {
-    std::uint64_t bytes = 0x2020202020202020;  // harmless ones where the text has none
     for (std::size_t at = 0; at < size; ++at) {
-      bytes = bytes << 8 | copyWord<std::uint8_t>(from + at, to + at);
+      words[0] = words[0] << 8 | copyWord<std::uint8_t>(from + at, to + at);
     }
-    scan.add(bytes);
   }
-  return scan;
+  return reinterpret_cast<ByteVector>(words);
 }
 
-std::uint8_t* copyEscaped(std::string_view text, std::uint8_t* to) {
+/// Copies `text` up to the first byte that needs an escape; gives the number of bytes before it.
+/// Up to as many as the text has may have been written to. The last vector overlaps the one before.
+std::size_t copyPlain(std::string_view text, std::uint8_t* to) {
+  if (text.size() < kStep) {
+    if (!anySet(needEscape(copyFew(text, to)))) return text.size();
+    const auto isEscaped = [](char c) { return kEscapes[static_cast<std::uint8_t>(c)] != 0; };
+    return static_cast<std::size_t>(std::ranges::find_if(text, isEscaped) - text.begin());
+  }
+  const std::size_t last = text.size() - kStep;
+  const auto copyAt = [&](std::size_t at) {
+    return needEscape(copyBytes(text.data() + at, to + at));
+  };
+  // Without a branch first: how often a loop would turn cannot be guessed.
+  if (text.size() <= 4 * kStep && !anySet(copyAt(0) | copyAt(std::min(kStep, last)) |
+                                          copyAt(std::min(2 * kStep, last)) | copyAt(last))) {
+    return text.size();
+  }
+  for (std::size_t at = 0;; at = std::min(at + kStep, last)) {
+    const ByteMask escapes = copyAt(at);
+    if (anySet(escapes)) return at + firstSet(escapes);
+    if (at == last) return text.size();
+  }
+}
+
+/// Writes what stands for `c`, which needs an escape; gives the end of it.
+std::uint8_t* writeEscape(char c, std::uint8_t* to) {
   constexpr char kHex[] = "0123456789abcdef";
-  for (const char c : text) {
-    const auto byte = static_cast<std::uint8_t>(c);
-    if (kEscapes[byte] == 0) {
-      *to++ = byte;
-      continue;
-    }
-    *to++ = '\\';
-    *to++ = static_cast<std::uint8_t>(kEscapes[byte]);
-    if (kEscapes[byte] == 'u') {
-      for (const char digit : {'0', '0', kHex[byte >> 4], kHex[byte & 15]}) {
-        *to++ = static_cast<std::uint8_t>(digit);
-      }
+  const auto byte = static_cast<std::uint8_t>(c);
+  *to++ = '\\';
+  *to++ = static_cast<std::uint8_t>(kEscapes[byte]);
+  if (kEscapes[byte] == 'u') {
+    for (const char digit : {'0', '0', kHex[byte >> 4], kHex[byte & 15]}) {
+      *to++ = static_cast<std::uint8_t>(digit);
     }
   }
   return to;
 }
 
 std::uint8_t* writeText(std::string_view text, std::uint8_t* to) {
-  *to++ = '"';
-  const Scan scan = copyScanned(text, to);
-  if (!scan.isAscii() && !isWellFormedUtf8(text)) {
-    throw std::invalid_argument("a text is not UTF-8");
+  for (;;) {
+    const std::size_t plain = copyPlain(text, to);
+    to += plain;
+    if (plain == text.size()) return to;
+    to = writeEscape(text[plain], to);
+    text.remove_prefix(plain + 1);
   }
-  to = scan.needsEscape() ? copyEscaped(text, to) : to + text.size();
-  *to++ = '"';
-  return to;
 }
 
 }  // namespace
 
-JsonArrayWriter::JsonArrayWriter(SecureBuffer& out) : out_(out) { raw('['); }
+JsonArrayWriter::JsonArrayWriter(SecureBuffer& out) : out_(out) {
+  raw('[');
+  begin_ = out_.size();
+}
 
 void JsonArrayWriter::raw(char c) {
   *out_.space(1) = static_cast<std::uint8_t>(c);
@@ -126,25 +133,23 @@ void JsonArrayWriter::raw(char c) {
 void JsonArrayWriter::object(std::span<const JsonMember> members) {
   std::size_t most = sizeof ",{}";
   for (const auto& [name, value] : members) {
-    most += kLongestEscape * (name.size() + value.size()) + sizeof "\"\":\"\",";
+    most += name.size() + kLongestEscape * value.size() + sizeof "\"\":\"\",";
   }
   std::uint8_t* const begin = out_.space(most);
   std::uint8_t* to = begin;
-  if (!std::exchange(empty_, false)) *to++ = ',';
+  if (out_.size() > begin_) *to++ = ',';
   *to++ = '{';
   bool first = true;
   for (const auto& [name, value] : members) {
     if (!std::exchange(first, false)) *to++ = ',';
     *to++ = '"';
-    to = std::copy(name.begin(), name.end(), to);
-    *to++ = '"';
-    *to++ = ':';
+    to += copyPlain(name, to);
+    for (const char c : {'"', ':', '"'}) *to++ = static_cast<std::uint8_t>(c);
     to = writeText(value, to);
+    *to++ = '"';
   }
   *to++ = '}';
   out_.advance(static_cast<std::size_t>(to - begin));
 }
-
-void JsonArrayWriter::finish() { raw(']'); }
 
 }  // namespace norvane

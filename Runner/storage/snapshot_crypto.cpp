@@ -28,6 +28,7 @@ SecureBuffer SnapshotCrypto::encrypt(Plaintext plaintext, std::span<const std::u
   if (!platform().crypto.sealAESGCM(key.first<kKeySize>(), {box.data(), box.size()})) {
     throw StorageFailure(SnapshotCryptoError::sealFailed);
   }
+  box.declassify();
   return box;
 }
 
