@@ -1,10 +1,12 @@
 #include "platform/linux/atomic_file.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <filesystem>
 
 #include <fcntl.h>
 #include <stdlib.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "platform/linux/file_descriptor.h"
@@ -114,13 +116,16 @@ void sweepTemporaryFiles(const std::string& directory) {
 Bytes readFile(const std::string& path) {
   const FileDescriptor file = openFile(path.c_str(), O_RDONLY | O_CLOEXEC);
   if (!file) fail(path, lastError());
+  struct stat status {};
+  if (::fstat(file.get(), &status) != 0) fail(path, lastError());
   Bytes content;
+  // One byte more than it has, whose absence is the end; what has no size grows as it is read.
+  content.reserve(std::max<std::size_t>(static_cast<std::size_t>(status.st_size), 4095) + 1);
   for (;;) {
-    constexpr std::size_t kStep = 64 * 1024;
     const std::size_t size = content.size();
-    content.resize(size + kStep);
-    const ssize_t got =
-        uninterrupted([&] { return ::read(file.get(), content.data() + size, kStep); });
+    content.resize(std::max(content.capacity(), size + 1));
+    const ssize_t got = uninterrupted(
+        [&] { return ::read(file.get(), content.data() + size, content.size() - size); });
     content.resize(size + (got > 0 ? static_cast<std::size_t>(got) : 0));
     if (got == 0) return content;
     if (got < 0) fail(path, lastError());
