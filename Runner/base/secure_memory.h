@@ -14,11 +14,10 @@ void secureWipe(void* memory, std::size_t size);
 /// worked on (saved vector registers among them).
 void secureWipeStack();
 
-/// Memory for secrets, aligned for every type; large blocks have pages of their own. Null when
-/// there is none.
+/// Memory for secrets, aligned for every type; null when there is none.
 void* secureAllocate(std::size_t size);
-/// Wipes and frees what secureAllocate gave for `size`.
-void secureFree(void* memory, std::size_t size);
+/// Frees what secureAllocate gave for `size`, null included, once the first `used` bytes are wiped.
+void secureFree(void* memory, std::size_t size, std::size_t used);
 
 /// Wipes each block when it is freed, also the ones that a container leaves behind when it grows.
 template <class T>
@@ -33,20 +32,21 @@ struct WipingAllocator {
     if (void* memory = secureAllocate(count * sizeof(T))) return static_cast<T*>(memory);
     throw std::bad_alloc();
   }
-  void deallocate(T* memory, std::size_t count) { secureFree(memory, count * sizeof(T)); }
+  void deallocate(T* memory, std::size_t count) {
+    secureFree(memory, count * sizeof(T), count * sizeof(T));
+  }
   bool operator==(const WipingAllocator&) const = default;
 };
 
 /// Bytes that may hold a secret: a message of the UI, a key, a payload.
 using Bytes = std::vector<std::uint8_t, WipingAllocator<std::uint8_t>>;
 
-/// A payload that is written front to back into one growing block. Growing moves pages, not bytes,
-/// so that no copy is left behind; what was used is wiped when freed, unless it was declassified.
-/// Throws std::bad_alloc.
+/// A payload that is written front to back into one growing block. What was used of a block is
+/// wiped when it is freed or outgrown, unless it was declassified. Throws std::bad_alloc.
 class SecureBuffer {
  public:
   SecureBuffer() = default;
-  /// Sets memory for `capacity` bytes aside; it costs nothing until it is written to.
+  /// Sets memory for `capacity` bytes aside; it costs little until it is written to.
   explicit SecureBuffer(std::size_t capacity) { reserve(capacity); }
   SecureBuffer(SecureBuffer&& other) noexcept;
   SecureBuffer& operator=(SecureBuffer&& other) noexcept;

@@ -11,6 +11,9 @@
 namespace norvane {
 namespace {
 
+// A character's last byte looks back at three others.
+constexpr std::size_t kMostBefore = 3;
+
 /// The bytes of `bytes` that do not go with the one, two and three bytes before each of them.
 ByteMask illFormedAfter(ByteVector bytes, ByteVector back1, ByteVector back2, ByteVector back3) {
   const ByteMask continuation = (bytes & 0xC0) == 0x80;
@@ -22,7 +25,7 @@ ByteMask illFormedAfter(ByteVector bytes, ByteVector back1, ByteVector back2, By
   return (continuation ^ expected) | never | overlong | surrogate | aboveUnicode;
 }
 
-/// Of the sixteen bytes at `at`, which have three others before them.
+/// Of the sixteen bytes at `at`, which have `kMostBefore` others before them.
 ByteMask illFormedAt(const char* at) {
   return illFormedAfter(loadBytes(at), loadBytes(at - 1), loadBytes(at - 2), loadBytes(at - 3));
 }
@@ -103,16 +106,10 @@ std::optional<std::string> readInLocale(std::string_view foreign) {
 
 bool isWellFormedUtf8(std::string_view text) {
   constexpr std::size_t kStep = sizeof(ByteVector);
-  if (text.size() < 2 * kStep) {
+  if (text.size() < kStep + kMostBefore) {
     std::array<char, 2 * kStep> padded{};  // what is cut off lacks its continuation in a zero
-    if (text.size() < kStep) {
-      std::ranges::copy(text, padded.begin());
-      return !anySet(illFormedAtFront(padded.data()));
-    }
-    const std::size_t rest = text.size() - kStep;
-    storeBytes(loadBytes(text.data()), padded.data());
-    storeBytes(loadBytes(text.data() + rest), padded.data() + rest);
-    return !anySet(illFormedAtFront(text.data()) | illFormedAt(padded.data() + kStep));
+    std::ranges::copy(text, padded.begin());
+    return !anySet(illFormedAtFront(padded.data()) | illFormedAt(padded.data() + kStep));
   }
   const char* const last = text.data() + text.size() - kStep;
   ByteMask illFormed = illFormedAtFront(text.data()) | illFormedAt(last);

@@ -51,7 +51,6 @@ ssize_t __real_read(int fd, void* data, size_t size);
 ssize_t __real_write(int fd, const void* data, size_t size);
 void* __real_malloc(size_t size);
 void* __real_mmap(void* at, size_t size, int protection, int flags, int fd, off_t offset);
-void* __real_mremap(void* old, size_t oldSize, size_t size, int flags, ...);
 
 int __wrap_open(const char* path, int flags, ...) {
   va_list arguments;
@@ -87,9 +86,6 @@ ssize_t __wrap_write(int fd, const void* data, size_t size) {
 void* __wrap_malloc(size_t size) { return memoryFails() ? nullptr : __real_malloc(size); }
 void* __wrap_mmap(void* at, size_t size, int protection, int flags, int fd, off_t offset) {
   return memoryFails() ? MAP_FAILED : __real_mmap(at, size, protection, flags, fd, offset);
-}
-void* __wrap_mremap(void* old, size_t oldSize, size_t size, int flags, ...) {
-  return memoryFails() ? MAP_FAILED : __real_mremap(old, oldSize, size, flags);
 }
 
 }  // extern "C"

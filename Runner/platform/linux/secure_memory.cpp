@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <new>
 #include <utility>
 
@@ -11,32 +12,13 @@
 namespace norvane {
 namespace {
 
-constexpr std::size_t kPage = 4096;
-// First touch of fresh memory is what a large payload pays for most: a huge page costs less than
-// the small ones of some 370 KiB, and a payload is seldom as large as the memory set aside for it.
-// A block of whole huge pages is aligned for them by the kernel.
+// First touch of fresh memory is what a large payload pays for most. A huge page costs as much as
+// the small ones of some 370 KiB, so that a block of several is cheaper in huge pages even when its
+// last ones are not used; the kernel aligns it for them. Smaller blocks are malloc's.
 constexpr std::size_t kHugePage = 2 * 1024 * 1024;
-constexpr std::size_t kHugePagesPay = 1024 * 1024;
+constexpr std::size_t kHugePagesPay = 2 * kHugePage;
 
-std::size_t roundUp(std::size_t size, std::size_t page) { return (size + page - 1) & ~(page - 1); }
-
-/// Whole pages for `size` bytes.
-std::size_t wholePages(std::size_t size) {
-  return roundUp(size, size >= kHugePagesPay ? kHugePage : kPage);
-}
-
-/// Maps `size` bytes of whole pages, which hold the `oldSize` bytes of `old` if there are any. Null
-/// when there is no memory.
-void* mapPages(std::size_t size, void* old = nullptr, std::size_t oldSize = 0) {
-  void* const memory = old ? ::mremap(old, oldSize, size, MREMAP_MAYMOVE)
-                           : ::mmap(nullptr, size, PROT_READ | PROT_WRITE,
-                                    MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-  if (memory == MAP_FAILED) return nullptr;
-  // Wishes: it works without them.
-  if (size >= kHugePage) (void)::madvise(memory, size, MADV_HUGEPAGE);
-  (void)::madvise(memory, size, MADV_DONTDUMP);
-  return memory;
-}
+std::size_t wholeHugePages(std::size_t size) { return (size + kHugePage - 1) & ~(kHugePage - 1); }
 
 }  // namespace
 
@@ -47,18 +29,27 @@ void secureWipe(void* memory, std::size_t size) { explicit_bzero(memory, size); 
   explicit_bzero(below, sizeof below);
 }
 
-// malloc for the others, not operator new: where the process replaces operator delete with one that
-// wipes, they would be wiped twice.
+// malloc, not operator new: where the process replaces operator delete with one that wipes, a block
+// would be wiped twice.
 void* secureAllocate(std::size_t size) {
-  return size >= kHugePagesPay ? mapPages(wholePages(size)) : std::malloc(size);
+  if (size < kHugePagesPay) return std::malloc(size);
+  const std::size_t whole = wholeHugePages(size);
+  void* const memory = ::mmap(nullptr, whole, PROT_READ | PROT_WRITE,
+                              MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+  if (memory == MAP_FAILED) return nullptr;
+  // Wishes: it works without them.
+  (void)::madvise(memory, whole, MADV_HUGEPAGE);
+  (void)::madvise(memory, whole, MADV_DONTDUMP);
+  return memory;
 }
 
-void secureFree(void* memory, std::size_t size) {
-  secureWipe(memory, size);
-  if (size >= kHugePagesPay) {
-    ::munmap(memory, wholePages(size));
-  } else {
+void secureFree(void* memory, std::size_t size, std::size_t used) {
+  if (!memory) return;
+  secureWipe(memory, used);
+  if (size < kHugePagesPay) {
     std::free(memory);
+  } else {
+    ::munmap(memory, wholeHugePages(size));
   }
 }
 
@@ -76,19 +67,16 @@ SecureBuffer& SecureBuffer::operator=(SecureBuffer&& other) noexcept {
   return *this;
 }
 
-SecureBuffer::~SecureBuffer() {
-  if (!data_) return;
-  if (secret_) secureWipe(data_, size_);
-  ::munmap(data_, capacity_);
-}
+SecureBuffer::~SecureBuffer() { secureFree(data_, capacity_, secret_ ? size_ : 0); }
 
 void SecureBuffer::reserve(std::size_t capacity) {
   if (capacity <= capacity_) return;
-  const std::size_t whole = wholePages(capacity);
-  void* const memory = mapPages(whole, data_, capacity_);
+  void* const memory = secureAllocate(capacity);
   if (!memory) throw std::bad_alloc();
+  if (size_ > 0) std::memcpy(memory, data_, size_);
+  secureFree(data_, capacity_, size_);
   data_ = static_cast<std::uint8_t*>(memory);
-  capacity_ = whole;
+  capacity_ = capacity;
 }
 
 void SecureBuffer::grow(std::size_t more) { reserve(std::max(2 * capacity_, size_ + more)); }
