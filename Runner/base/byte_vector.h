@@ -28,7 +28,8 @@ ByteVector movedUp(ByteVector bytes) {
   static_assert(Places > 0 && Places < 16);
   return [&]<int... I>(std::integer_sequence<int, I...>) {
     return __builtin_shufflevector(ByteVector{}, bytes, (16 - Places + I)...);
-  }(std::make_integer_sequence<int, 16>());
+  }
+  (std::make_integer_sequence<int, 16>());
 }
 
 inline bool anySet(ByteMask mask) {
