@@ -205,6 +205,12 @@ def residue(pid, needles):
     return found
 
 
+def resident(pid):
+    """The memory of a process, in bytes."""
+    pages = read(f"/proc/{pid}/statm").split()[1]
+    return int(pages) * resource.getpagesize()
+
+
 @unittest.skipIf(b"__asan_init" in read(EXECUTABLE),
                  "sanitizers keep what is freed, and replace what wipes it")
 class Residue(AutoFillTest):
@@ -216,6 +222,7 @@ class Residue(AutoFillTest):
             with self.subTest(sizes=sizes), self.start() as host:
                 control, *marks = ("".join(secrets.choice("BCDFGHJKLMNPQRSTVWX") for _ in range(10))
                                    for _ in ["control", *names])
+                secret = base64.b64encode(secrets.token_bytes(30)).decode()
                 host.event("openURL", url="norvane://" + control)
                 for size in sizes:
                     items = [{**item(f"{number:08}"), "url": f"https://example.org/{number}",
@@ -224,11 +231,15 @@ class Residue(AutoFillTest):
                               "notes": f"{marks[4]} {number} {marks[5]}"} for number in range(size)]
                     for method in (*self.files, "registerCredentials", "registerPasskeys"):
                         self.call(host, method, items)
-                    for channel in (AUTOFILL, "nobody"):
-                        host.call(channel, "unknown", arguments={"items": items})
-                host.settle()
+                    # All at once, long before short, so that reading ends amid lines.
+                    host.send(*({"id": f"{channel} {count}", "channel": channel, "method": "unknown",
+                                 "arguments": {"items": items[:count], "bytes": {"$bytes": secret}}}
+                                for channel in (AUTOFILL, "nobody")
+                                for count in (1000, 50, 1000, 150, 1000, 250)))
+                    host.read_until(lambda line: line.get("id") == "nobody 250")
                 needles = {name: mark.encode() for name, mark in zip(names, marks)}
-                needles["JSON"] = b'"password":"' + marks[0][:3].encode()
+                needles |= {"JSON": b'"password":"' + marks[0][:3].encode(),
+                            "base64": secret.encode()[:12]}
                 for method, file in self.files.items():
                     self.assertEqual(len(file.entries()), sizes[-1])
                     key = file.key()
@@ -241,6 +252,15 @@ class Residue(AutoFillTest):
                 said = "".join(map(str, lines + log)).encode() + b"".join(
                     read(path) for path in self.kept() if "/keychain/" not in path)
                 self.assertEqual([name for name, pattern in needles.items() if pattern in said], [])
+
+    def test_the_memory_of_a_large_sync_is_given_back(self):
+        items = [{**item(f"{number:08}"), "notes": "N" * 200} for number in range(100_000)]
+        with self.start() as host:
+            self.call(host, SNAPSHOT, items[:1000])
+            before = resident(host.pid)
+            self.call(host, SNAPSHOT, items)
+            host.settle()
+            self.assertLess(resident(host.pid) - before, 12 << 20)
 
 
 if __name__ == "__main__":

@@ -109,10 +109,11 @@ void Console::turn() {
   }
 }
 
-void Console::takeLine(const std::string& line) {
+void Console::takeLine(Bytes line) {
   std::string idJson;
   try {
-    JsonDocument document = parseJson(line);
+    JsonDocument document = parseJson(textOf(line));
+    line = {};  // a long one is not kept beside what is made of it
     expectObject(document, "a line");
     if (const JsonValue* id = find(document, "id")) idJson = jsonOf(*id);
     if (find(document, "desktop")) {

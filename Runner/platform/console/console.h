@@ -45,7 +45,7 @@ class Console : public UiObserver {
   bool ready();
   void turn();
   bool isQuiet() const;
-  void takeLine(const std::string& line);
+  void takeLine(Bytes line);
   void sendCall(const JsonValue& line, const std::string& idJson);
   void carryOutEvent(JsonDocument& line);
   void printReply(const std::string& idJson, Bytes message);

@@ -15,7 +15,8 @@ namespace {
 constexpr const char* kBytesKey = "$bytes";
 
 std::vector<std::uint8_t> bytesOf(const JsonValue& value) {
-  const std::string text = expectText(value, "\"$bytes\"");
+  if (!value.IsString()) throw JsonError("\"$bytes\" must be a text");
+  const std::string_view text = textOf(value);  // in place: a short copy would stay on the stack
   auto bytes = decodeBase64(text);
   // The decoder does without padding; in a script that is rather a slip.
   if (!bytes || text.size() % 4 != 0) throw JsonError("\"$bytes\" must be base64");

@@ -1,6 +1,8 @@
 #include "platform/console/json_members.h"
 
-#include "platform/linux/glib_handles.h"
+#include <glib.h>
+
+#include "base/secure_memory.h"
 
 namespace norvane {
 
@@ -31,8 +33,13 @@ void member(JsonWriter& writer, const char* key, std::int64_t value) {
 }
 
 void base64Member(JsonWriter& writer, const char* key, std::span<const std::uint8_t> bytes) {
-  const GTextPtr text(g_base64_encode(bytes.data(), bytes.size()));
-  member(writer, key, text.get());
+  Bytes text((bytes.size() / 3 + 1) * 4 + 4);  // what g_base64_encode_step asks for
+  auto* const out = reinterpret_cast<gchar*>(text.data());
+  gint state = 0;
+  gint save = 0;
+  gsize size = g_base64_encode_step(bytes.data(), bytes.size(), FALSE, out, &state, &save);
+  size += g_base64_encode_close(FALSE, out + size, &state, &save);
+  member(writer, key, std::string_view(out, size));
 }
 
 }  // namespace norvane
