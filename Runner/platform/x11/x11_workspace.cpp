@@ -49,30 +49,13 @@ std::string_view identifierOf(std::string_view programName) {
 XWindow root() { return gdk_x11_get_default_root_xwindow(); }
 Display* xDisplay() { return gdk_x11_get_default_xdisplay(); }
 
-/// One that died leaves its properties on the root window, but not its own window.
-bool isWindowManaged() {
-  const XWindow check = xNumber(root(), "_NET_SUPPORTING_WM_CHECK");
-  return check != 0 && xNumber(check, "_NET_SUPPORTING_WM_CHECK") == check;
-}
-
-std::vector<XWindow> children(XWindow window, XWindow& parent) {
-  XWindow rootOfTree = 0;
-  XWindow* found = nullptr;
-  unsigned count = 0;
-  parent = 0;
-  if (XQueryTree(xDisplay(), window, &rootOfTree, &parent, &found, &count) == 0) return {};
-  const std::unique_ptr<XWindow, Deleter<XFree>> owned(found);
-  return {found, found + count};
-}
-
 /// The windows of applications, the topmost first.
 std::vector<XWindow> applicationWindows() {
   std::vector<XWindow> windows;
   if (isWindowManaged()) {
     windows = xNumbers(root(), "_NET_CLIENT_LIST_STACKING", kMostWindows);
   } else {
-    XWindow parent = 0;
-    windows = children(root(), parent);
+    windows = family(root()).children;
     std::erase_if(windows, [](XWindow window) {
       XWindowAttributes attributes{};
       return XGetWindowAttributes(xDisplay(), window, &attributes) == 0 ||
@@ -81,22 +64,6 @@ std::vector<XWindow> applicationWindows() {
   }
   std::ranges::reverse(windows);
   return windows;
-}
-
-/// The window that has the keyboard; 0 when none has.
-XWindow activeWindow() {
-  if (isWindowManaged()) {
-    // None is named for a moment while the keyboard goes from one window to the next.
-    if (const XWindow active = xNumber(root(), "_NET_ACTIVE_WINDOW")) return active;
-  }
-  XWindow window = xFocus();
-  // It may be a part of the application's window.
-  while (window != 0 && window != root() && xText(window, "WM_CLASS").empty()) {
-    XWindow parent = 0;
-    children(window, parent);
-    window = parent;
-  }
-  return window == root() ? 0 : window;
 }
 
 /// Nothing when the window does not say, or belongs to another machine.
@@ -280,7 +247,7 @@ std::vector<NSRunningApplication> X11Workspace::runningApplications() const {
 
 std::optional<NSRunningApplication> X11Workspace::frontmostApplication() const {
   const XErrorsForgiven forgiven;
-  XWindow front = activeWindow();
+  XWindow front = xActiveWindow();
   if (front != 0 && isOwnPanel(front)) {
     const auto windows = applicationWindows();
     const auto below = std::ranges::find_if(windows, canBeInFront);
