@@ -2,7 +2,7 @@
 
 namespace norvane {
 
-/// Points; the origin of the desktop is the bottom left of its main screen, y grows upwards.
+/// Points; the origin of the desktop is the bottom left of its primary screen, y grows upwards.
 struct NSPoint {
   double x = 0;
   double y = 0;

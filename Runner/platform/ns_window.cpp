@@ -73,10 +73,6 @@ void NSWindow::setFrame(const NSRect& frame, bool /*display*/, bool animate) {
   frameDidChange();
 }
 
-void NSWindow::setFrameOrigin(const NSPoint& origin) {
-  setFrame({origin, frame().size}, /*display=*/true, /*animate=*/false);
-}
-
 void NSWindow::setContentSize(const NSSize& size) {
   setFrame({frame().origin, size}, /*display=*/true, /*animate=*/false);
 }

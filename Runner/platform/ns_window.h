@@ -61,7 +61,6 @@ class NSWindow : public std::enable_shared_from_this<NSWindow> {
 
   NSRect frame() const { return native_->frame(); }
   void setFrame(const NSRect& frame, bool display, bool animate);
-  void setFrameOrigin(const NSPoint& origin);
   /// Without a title bar the content is as large as the frame.
   void setContentSize(const NSSize& size);
   void setMinSize(const NSSize& size) { native_->setMinSize(size); }

@@ -11,8 +11,8 @@ class Screens {
  public:
   virtual ~Screens() = default;
 
-  /// The main screen without menu bar and dock, in points, as it is at the call; nothing when no
-  /// screen is attached.
+  /// What is visible of the main screen, the one on which the person works, beside menu bar and
+  /// dock; in points, as it is at the call. Nothing when no screen is attached.
   virtual std::optional<NSRect> mainScreenVisibleFrame() const = 0;
 };
 

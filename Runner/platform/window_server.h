@@ -67,8 +67,9 @@ class NativeWindow {
   /// What was last set, at once, until the person or the desktop makes another of it.
   virtual NSRect frame() const = 0;
   /// Sets the frame, shown or not. The limits bind the person, not this. A window that is maximised
-  /// or fills the screen leaves that state first; a title bar is kept below the visible area's top
-  /// where the person would need it. `animate` where the desktop can.
+  /// or fills the screen leaves that state first; where the person would need it, a title bar is
+  /// kept below the visible area's top, and a panel inside that area, cut where it is larger.
+  /// `animate` where the desktop can.
   virtual void setFrame(const NSRect& frame, bool animate) = 0;
   /// Sets a frame that was kept, maybe on another screen: a desktop with real screens makes it end
   /// inside what is visible.

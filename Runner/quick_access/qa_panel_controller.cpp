@@ -100,9 +100,12 @@ void QAPanelController::show() {
 void QAPanelController::place() {
   const auto visible = platform().screens.mainScreenVisibleFrame();
   if (!visible) return;
-  panel->setFrameOrigin(
-      {visible->midX() - kPanelSize.width / 2,
-       visible->origin.y + kCentreHeight * visible->size.height - kPanelSize.height / 2});
+  // The size as well: on a smaller screen it may have been cut.
+  panel->setFrame(
+      {{visible->midX() - kPanelSize.width / 2,
+        visible->origin.y + kCentreHeight * visible->size.height - kPanelSize.height / 2},
+       kPanelSize},
+      /*display=*/true, /*animate=*/false);
 }
 
 void QAPanelController::hide() {

@@ -9,7 +9,7 @@
 #include <gdk/gdkx.h>
 #include <gtk/gtk.h>
 
-#include "platform/gtk/main_screen.h"
+#include "platform/gtk/primary_screen.h"
 #include "platform/ns_window.h"
 #include "platform/ui/window_ui.h"
 #include "platform/x11/x11_properties.h"
@@ -28,6 +28,17 @@ bool isAbout(const NSRect& a, const NSRect& b) {
   const auto near = [](double x, double y) { return std::abs(x - y) <= 1; };
   return near(a.origin.x, b.origin.x) && near(a.origin.y, b.origin.y) &&
          near(a.size.width, b.size.width) && near(a.size.height, b.size.height);
+}
+
+/// `frame`, moved into `area`, and cut where it is larger.
+NSRect inside(const NSRect& area, NSRect frame) {
+  const auto fit = [](double& origin, double& size, double start, double room) {
+    size = std::min(size, room);
+    origin = std::clamp(origin, start, start + room - size);
+  };
+  fit(frame.origin.x, frame.size.width, area.origin.x, area.size.width);
+  fit(frame.origin.y, frame.size.height, area.origin.y, area.size.height);
+  return frame;
 }
 
 int pixels(double points) {
@@ -158,6 +169,7 @@ void DesktopWindow::showView(FlutterViewController& controller) {
 
 void DesktopWindow::orderFront() {
   gtk_window_set_focus_on_map(GTK_WINDOW(window_), FALSE);
+  comeIntoSight();
   visible_ = true;
   applyFrame();
   gtk_widget_show(window_);
@@ -174,6 +186,7 @@ void DesktopWindow::makeKeyAndOrderFront() {
       gtk_window_stick(window);
     }
     gtk_window_set_keep_above(window, appearance_.level > NSNormalWindowLevel);
+    comeIntoSight();
     applyFrame();
   } else if (GdkWindow* mappedWindow = gtk_widget_get_window(window_)) {
     // A window on another desktop is not brought by asking for the keyboard.
@@ -206,11 +219,15 @@ void DesktopWindow::mapped() {
 
 void DesktopWindow::setFrame(const NSRect& frame, bool /*animate*/) {
   frame_ = frame;
-  const auto screen = mainScreen();
-  if (screen && (styleMask_ & NSWindowStyleMaskTitled)) {
-    const NSRect visible = screen->toPoints(screen->workArea);
+  const auto screen = primaryScreen();
+  if (screen) {
+    const NSRect visible = screen->visibleAreaNear(frame);
     const double top = visible.origin.y + visible.size.height;
-    frame_.origin.y = std::min(frame.origin.y, top - frame.size.height);
+    if (isPanel()) {
+      frame_ = inside(visible, frame);
+    } else if (styleMask_ & NSWindowStyleMaskTitled) {
+      frame_.origin.y = std::min(frame.origin.y, top - frame.size.height);
+    }
   }
   leavesZoom_ = isZoomed() && isMapped();
   if (leavesZoom_) {
@@ -226,17 +243,18 @@ void DesktopWindow::setFrame(const NSRect& frame, bool /*animate*/) {
 }
 
 void DesktopWindow::restoreFrame(const NSRect& frame) {
-  NSRect inside = frame;
-  if (const auto screen = mainScreen()) {
-    const NSRect visible = screen->visibleAreaNear(frame);
-    const auto fit = [](double& origin, double& size, double start, double room) {
-      size = std::min(size, room);
-      origin = std::clamp(origin, start, start + room - size);
-    };
-    fit(inside.origin.x, inside.size.width, visible.origin.x, visible.size.width);
-    fit(inside.origin.y, inside.size.height, visible.origin.y, visible.size.height);
-  }
-  setFrame(inside, /*animate=*/false);
+  const auto screen = primaryScreen();
+  setFrame(screen ? inside(screen->visibleAreaNear(frame), frame) : frame, /*animate=*/false);
+}
+
+void DesktopWindow::screensChanged() {
+  screensChanged_ = true;
+  takeFrameLater();  // when the window manager has done what it does with windows then
+}
+
+void DesktopWindow::comeIntoSight() {
+  const auto screen = primaryScreen();
+  if (screen && !screen->isInSight(frame_)) restoreFrame(frame_);
 }
 
 void DesktopWindow::setMinSize(const NSSize& size) {
@@ -263,7 +281,7 @@ void DesktopWindow::setAppearance(const WindowAppearance& appearance) {
 }
 
 void DesktopWindow::applyFrame() {
-  const auto screen = mainScreen();
+  const auto screen = primaryScreen();
   if (!screen) return;
   settles_ = isMapped();
   applyLimits();
@@ -340,7 +358,7 @@ void DesktopWindow::takeFrameLater() {
 
 // Only of a window that is on screen: hidden and iconified ones report frames that are none.
 void DesktopWindow::takeSettledFrame() {
-  const auto screen = mainScreen();
+  const auto screen = primaryScreen();
   if (!isVisible() || !isMapped() || !screen) return;
   if (leavesZoom_) {
     if (isZoomed()) return;
@@ -352,8 +370,10 @@ void DesktopWindow::takeSettledFrame() {
   GdkRectangle extents;
   gdk_window_get_frame_extents(gtk_widget_get_window(window_), &extents);
   const NSRect settled = screen->toPoints(extents);
-  if (isAbout(settled, frame_)) return;
+  const bool isElsewhere = std::exchange(screensChanged_, false) && !screen->isInSight(settled);
+  if (isAbout(settled, frame_) && !isElsewhere) return;
   frame_ = settled;
+  if (isElsewhere && !isZoomed()) comeIntoSight();
   owner_.frameDidChange();
 }
 

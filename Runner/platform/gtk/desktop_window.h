@@ -37,6 +37,8 @@ class DesktopWindow : public NativeWindow {
   NSWindow& owner() const { return owner_; }
   /// Whether `window`, of the toolkit's, is this one or lies in it. Null is in none.
   bool contains(_GdkWindow* window) const;
+  /// A screen was attached, taken away or arranged in another way.
+  void screensChanged();
 
  private:
   struct Signals;
@@ -54,6 +56,7 @@ class DesktopWindow : public NativeWindow {
   void takeFrameLater();
   void takeSettledFrame();
   void learnDecoration();
+  void comeIntoSight();
   void applyFrame();
   void applyLimits();
 
@@ -70,7 +73,8 @@ class DesktopWindow : public NativeWindow {
   unsigned state_ = 0;       ///< GDK's bits
   bool leavesZoom_ = false;  ///< asked to, for a frame that has yet to settle
   bool settles_ = false;     ///< a frame that was asked for has yet to
-  unsigned changes_ = 0;     ///< of the frame, to tell when it has settled
+  bool screensChanged_ = false;
+  unsigned changes_ = 0;  ///< of the frame, to tell when it has settled
 };
 
 }  // namespace norvane

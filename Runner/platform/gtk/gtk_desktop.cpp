@@ -5,7 +5,7 @@
 #include <gdk/gdkx.h>
 
 #include "platform/gtk/desktop_window.h"
-#include "platform/gtk/main_screen.h"
+#include "platform/gtk/primary_screen.h"
 #include "platform/linux/process.h"
 #include "platform/ns_window.h"
 #include "platform/x11/x11_focus.h"
@@ -32,9 +32,14 @@ GtkDesktop::GtkDesktop(NSApplication& application, Dispatch& dispatch, EventTime
         return false;
       }) {
   hearOfRootProperties();
+  g_signal_connect(gdk_screen_get_default(), "monitors-changed",
+                   G_CALLBACK(+[](GdkScreen*, GtkDesktop* self) {
+                     for (DesktopWindow* window : self->windows_) window->screensChanged();
+                   }),
+                   this);
 }
 
-GtkDesktop::~GtkDesktop() = default;
+GtkDesktop::~GtkDesktop() { g_signal_handlers_disconnect_by_data(gdk_screen_get_default(), this); }
 
 void GtkDesktop::launch(const MainInterface& mainInterface, bool takesKeyboard) {
   application_.launch(mainInterface, [&] {
@@ -75,9 +80,9 @@ void GtkDesktop::activateIgnoringOtherApps() {
 }
 
 std::optional<NSRect> GtkDesktop::mainScreenVisibleFrame() const {
-  const auto screen = mainScreen();
-  if (!screen) return std::nullopt;
-  return screen->toPoints(screen->workArea);
+  const auto primary = primaryScreen();
+  if (!primary) return std::nullopt;
+  return primary->visibleAreaOf(screenInUse());
 }
 
 std::optional<std::string> GtkDesktop::environment(const std::string& name) const {

@@ -17,7 +17,7 @@
 #include "platform/gtk/gtk_pasteboard.h"
 #include "platform/gtk/gtk_platform.h"
 #include "platform/gtk/gtk_status_bar.h"
-#include "platform/gtk/main_screen.h"
+#include "platform/gtk/primary_screen.h"
 #include "platform/linux/glib_handles.h"
 #include "platform/session/autostart_entry.h"
 #include "platform/session/secret_service_keychain.h"
@@ -119,7 +119,8 @@ struct DesktopInput {
     XSync(x, False);
   }
   bool awaitFocus() {
-    gtk_window_present(GTK_WINDOW(window));
+    time.set(0);  // some window managers refuse who cannot name a recent event of the person's
+    gtk_window_present_with_time(GTK_WINDOW(window), time.last());
     return await([this] { return gtk_window_is_active(GTK_WINDOW(window)); });
   }
 
@@ -206,6 +207,7 @@ class DesktopStatusBar {
 struct DesktopWindows : WindowsWorld {
   PlayedUi ui;
   GtkPlatform host{directory, dispatch, ui, [] {}};
+  DesktopWindows() { host.eventTime.set(0); }  // the person has just asked for them
 
   static GtkWindow* shownWindow() {
     const std::unique_ptr<GList, Deleter<g_list_free>> all(gtk_window_list_toplevels());
@@ -225,11 +227,19 @@ struct DesktopWindows : WindowsWorld {
     int y = 0;
     XWindow child = 0;
     XTranslateCoordinates(display, window, client.root, 0, 0, &x, &y, &child);
-    const auto extents = xNumbers(window, "_NET_FRAME_EXTENTS", 4);
-    if (client.map_state != IsViewable || extents.size() != 4) return {};
+    if (client.map_state != IsViewable) return {};
+    const GdkRectangle around = decoration();
+    return primaryScreen()->toPoints(
+        {x - around.x, y - around.y, client.width + around.width, client.height + around.height});
+  }
+  /// What is left of and above the client, and in all.
+  static GdkRectangle decoration() {
+    const auto extents =
+        xNumbers(gdk_x11_window_get_xid(gtk_widget_get_window(GTK_WIDGET(shownWindow()))),
+                 "_NET_FRAME_EXTENTS", 4);
+    if (extents.size() != 4) return {};  // not every window manager says that there is none
     const auto side = [&](int which) { return static_cast<int>(extents[which]); };
-    return mainScreen()->toPoints({x - side(0), y - side(2), client.width + side(0) + side(1),
-                                   client.height + side(2) + side(3)});
+    return {side(0), side(2), side(0) + side(1), side(2) + side(3)};
   }
   static void maximise() {
     gtk_window_maximize(shownWindow());
@@ -249,7 +259,9 @@ inline OwnWindow ownWindow(bool isPanel) {
   OwnWindow window(gtk_window_new(GTK_WINDOW_TOPLEVEL));
   gtk_window_set_skip_taskbar_hint(GTK_WINDOW(window.get()), isPanel);
   gtk_widget_show(window.get());
-  gtk_window_present(GTK_WINDOW(window.get()));
+  EventTime now;
+  now.set(0);
+  gtk_window_present_with_time(GTK_WINDOW(window.get()), now.last());
   return window;
 }
 
