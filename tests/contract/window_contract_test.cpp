@@ -45,7 +45,7 @@ TYPED_TEST(WindowContract, AFrameHoldsAtOnceOnTheScreenAndThroughHidingWhateverT
     ASSERT_TRUE(await([&] { return this->hasKeyboard(*window); }));
     expectOnScreen("shown");
     this->maximise();
-    wanted.size.width += 200;
+    wanted.size.width += 100;
     window->setFrame(wanted, true, true);
     expectOnScreen("no longer maximised");
     window->orderOut();

@@ -32,7 +32,7 @@ TEST(RealWorkspace, LooksBelowItsPanelAndWorksWithoutAWindowManager) {
   session.open({.name = "Browser"});
   const auto browser = claim("_NET_ACTIVE_WINDOW");
   session.open({.name = "Tool"});
-  outputOf({"wmctrl", "-i", "-a", std::to_string(browser).c_str()});
+  outputOf({"xdotool", "windowactivate", std::to_string(browser).c_str()});
   EXPECT_TRUE(await([&] { return claim("_NET_ACTIVE_WINDOW") == browser; }));
   auto panel = ownWindow(true);
   EXPECT_TRUE(await([&] {
